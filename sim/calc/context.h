@@ -1,0 +1,54 @@
+// What the calculation engine needs from the host around it: the calling file, its variables,
+// the open files and their scripts, the clock, and the registered plug-in functions.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/fmx_types.h"
+#include "sim/value.h"
+
+namespace sim::calc {
+
+struct ExternalFunction {
+    std::u16string name;
+    short id = 0;
+    short minArgs = 0;
+    short maxArgs = -1;  // -1: no upper limit
+    fmx::ExtPluginType function = nullptr;
+};
+
+class Context {
+public:
+    virtual ~Context() = default;
+
+    virtual std::u16string fileName() = 0;
+    // `name` includes its "$" or "$$" prefix; `repetition` is 1 unless written as name[n].
+    // An unset variable reads as the invalid (empty) value.
+    virtual Value variable(std::u16string_view name, int repetition) = 0;
+    virtual void setVariable(std::u16string_view name, int repetition, Value v) = 0;
+    virtual Value scriptParameter() = 0;
+    virtual std::vector<std::u16string> databaseNames() = 0;
+    // Script names of an open file (empty name: the calling file); nullopt when no such file.
+    virtual std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) = 0;
+    virtual DateTime now() = 0;  // local time
+    // Registered plug-in function by name, ignoring case; nullptr when none.
+    virtual const ExternalFunction* findFunction(std::u16string_view name) = 0;
+    // Calls a plug-in function; returns its error code (an escaping exception is reported as
+    // a calculation error by the host, never propagated).
+    virtual short callFunction(const ExternalFunction& f, const std::vector<Value>& args,
+                               Value& result) = 0;
+};
+
+struct Result {
+    Value value;
+    short error = 0;
+};
+
+// Evaluates a calculation. Never throws for bad input: syntax and evaluation errors come back
+// as FileMaker's calculation error codes.
+Result evaluate(std::u16string_view expression, Context& context);
+
+}  // namespace sim::calc

@@ -1,0 +1,24 @@
+// Fault injection for the host's C interface: makes chosen FM_* calls report failure through
+// their failure record, so that the plug-in's exception frames can be exercised.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/fmx_types.h"
+
+namespace sim::faults {
+
+// The nth host call from now fails (n = 1: the next one) with `code` (1 or 2).
+void failNthCall(uint64_t n, int code);
+// Every call of the named function (for example "FM_Text_Assign") fails with `code`.
+void failFunction(const std::string& name, int code);
+void clear();
+// Host calls made since the last clear().
+uint64_t callCount();
+
+// Called first by every FM_* function. True when this call must fail; the code is then stored in
+// the record. Cheap when nothing is armed.
+bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept;
+
+}  // namespace sim::faults

@@ -1,0 +1,93 @@
+// Styled UTF-16 text as the substitute host keeps it: code units, character style runs and
+// per-paragraph alignment. Positions and sizes count UTF-16 units.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sim {
+
+struct Rgb {
+    uint8_t red = 0, green = 0, blue = 0, alpha = 255;
+    friend bool operator==(const Rgb&, const Rgb&) = default;
+};
+
+// One character style: each trait carries its own enabled flag. Face bits are enabled
+// individually (faceMask says which bits of `face` are set explicitly).
+struct CharStyle {
+    uint16_t font = 0;
+    uint16_t face = 0;
+    uint16_t faceMask = 0;
+    uint16_t size = 0;
+    Rgb color{};
+    bool fontOn = false;
+    bool sizeOn = false;
+    bool colorOn = false;
+
+    bool allDisabled() const { return !fontOn && !sizeOn && !colorOn && faceMask == 0; }
+    friend bool operator==(const CharStyle&, const CharStyle&) = default;
+};
+
+enum class Alignment : uint8_t { None, Left, Center, Right, Full };
+
+class Text {
+public:
+    Text() = default;
+    explicit Text(std::u16string units);
+
+    const std::u16string& units() const { return units_; }
+    uint32_t size() const { return static_cast<uint32_t>(units_.size()); }
+    bool empty() const { return units_.empty(); }
+
+    // Replaces the whole text with plain, unstyled units.
+    void assign(std::u16string units);
+    // Replaces the whole text with a slice of `other`, styles included.
+    void setSlice(const Text& other, uint32_t pos, uint32_t len);
+    void append(const Text& other, uint32_t pos = 0, uint32_t len = UINT32_MAX);
+    void append(std::u16string_view plain);  // appended with no style
+    void insert(const Text& other, uint32_t pos);
+    void erase(uint32_t pos, uint32_t len);
+
+    // Character styles. styleAt of a position at or past the end gives the last style (or the
+    // all-disabled style for an empty text); runEnd is the first position with another style.
+    CharStyle styleAt(uint32_t pos) const;
+    uint32_t runEnd(uint32_t pos) const;
+    void setStyle(const CharStyle& style, uint32_t pos, uint32_t len);
+    // Applies only the enabled traits of `style` over the range, keeping the others.
+    void mergeStyle(const CharStyle& style, uint32_t pos, uint32_t len);
+    // Disables, everywhere, the traits that are enabled in `style`.
+    void removeStyle(const CharStyle& style);
+    void resetStyles();
+    bool hasStyles() const;
+
+    // Paragraph alignment of the paragraph holding `pos` (paragraphs end at CR).
+    Alignment alignmentAt(uint32_t pos) const;
+    void setAlignment(Alignment a, uint32_t pos, uint32_t len);
+
+    // Unit-wise comparison of the units only (styles are ignored).
+    friend bool operator==(const Text& a, const Text& b) { return a.units_ == b.units_; }
+
+private:
+    struct Run {
+        uint32_t start;
+        CharStyle style;
+    };
+    struct Para {
+        uint32_t start;
+        Alignment align;
+    };
+    std::u16string units_;
+    std::vector<Run> runs_;    // sorted by start; empty means all disabled
+    std::vector<Para> paras_;  // sorted by start; empty means None everywhere
+};
+
+// Case mapping and search, Unicode-aware (simple case mapping per code point).
+std::u16string toLower(std::u16string_view s);
+std::u16string toUpper(std::u16string_view s);
+// Returns UINT32_MAX when not found.
+uint32_t find(std::u16string_view hay, std::u16string_view needle, uint32_t from);
+uint32_t findIgnoringCase(std::u16string_view hay, std::u16string_view needle, uint32_t from);
+
+}  // namespace sim

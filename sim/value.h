@@ -1,0 +1,120 @@
+// Typed values of the substitute host: what an fmx::Data holds, and what calculations compute.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "sim/text.h"
+
+namespace sim {
+
+enum class Type : int32_t {
+    Invalid = 0,
+    Text = 1,
+    Number = 2,
+    Date = 3,
+    Time = 4,
+    Timestamp = 5,
+    Binary = 6,
+    Boolean = 7,
+};
+
+// A number as the host's FixPt holds it. `empty` marks the number of a text without digits
+// (GetAsNumber ( "abc" ) is empty, not 0); arithmetic reads an empty number as 0.
+struct Number {
+    double value = 0;
+    bool empty = false;
+    int precision = 16;
+};
+
+// Text form: at most 16 significant digits, no exponent, no trailing zeros, '.' as decimal
+// separator, "0.5" for one half; an empty number gives "".
+std::u16string formatNumber(const Number& n);
+// FileMaker's text-to-number rule: every non-digit is dropped except the first decimal point and
+// a leading minus sign or parentheses; no digit at all gives an empty number.
+Number parseNumber(std::u16string_view text);
+
+// Microseconds since 0001-01-01 00:00:00 (proleptic Gregorian). Dates count days from there
+// with 0001-01-01 as day 1; times count seconds from midnight (and may exceed 24 hours).
+struct DateTime {
+    int64_t usec = 0;
+
+    static DateTime fromDays(int64_t day1Based);
+    static DateTime fromYmd(int year, int month, int day);  // normalises overflowing fields
+    static DateTime fromSeconds(double seconds);
+    int64_t days() const;      // 1-based day number
+    double seconds() const;    // seconds since the epoch, with fractions
+    double secondsOfDay() const;
+    void ymd(int& year, int& month, int& day) const;
+    friend bool operator==(const DateTime&, const DateTime&) = default;
+};
+
+// Host text forms (en-US, the only locale this host formats): "1/31/2024", "1:05:00 PM",
+// "1/31/2024 1:05:00 PM"; fractions of a second are printed when present (".5").
+std::u16string formatDate(const DateTime& d);
+std::u16string formatTime(const DateTime& t);
+std::u16string formatTimestamp(const DateTime& ts);
+// Parse the host's text forms (and ISO forms "2024-01-31", "13:05:00", "2024-01-31 13:05:00").
+std::optional<DateTime> parseDate(std::u16string_view text);
+std::optional<DateTime> parseTime(std::u16string_view text);
+std::optional<DateTime> parseTimestamp(std::u16string_view text);
+
+// Container data: a list of typed streams (four-character type, bytes).
+struct Binary {
+    struct Stream {
+        std::array<char, 4> type{};
+        std::string bytes;
+        friend bool operator==(const Stream&, const Stream&) = default;
+    };
+    std::vector<Stream> streams;
+    friend bool operator==(const Binary&, const Binary&) = default;
+};
+
+class Value {
+public:
+    Value() = default;  // invalid (empty) value
+    static Value text(Text t);
+    static Value text(std::u16string s);
+    static Value number(Number n);
+    static Value number(double d);
+    static Value boolean(bool b);
+    static Value date(DateTime d);
+    static Value time(DateTime t);
+    static Value timestamp(DateTime ts);
+    static Value binary(Binary b);
+
+    Type type() const { return type_; }
+    int32_t locale() const { return locale_; }
+    void setLocale(int32_t l) { locale_ = l; }
+
+    // True for the invalid value, empty text, an empty number, and an empty container.
+    bool isEmpty() const;
+
+    // Conversions, as the host performs them between types.
+    Text asText() const;          // styled for text values
+    Number asNumber() const;      // dates give days, times seconds, timestamps seconds
+    DateTime asDate() const;      // whole days
+    DateTime asTime() const;      // seconds of day for timestamps; numbers as seconds
+    DateTime asTimestamp() const;
+    bool asBoolean() const;       // non-zero number
+    const Binary& asBinary() const;
+
+    // Raw access for the value's own type.
+    const Text& textValue() const { return text_; }
+    Text& textValue() { return text_; }
+    const Number& numberValue() const { return number_; }
+    const DateTime& dateTimeValue() const { return dt_; }
+
+private:
+    Type type_ = Type::Invalid;
+    int32_t locale_ = 1;
+    Text text_;
+    Number number_;
+    DateTime dt_;
+    Binary binary_;
+};
+
+}  // namespace sim
