@@ -61,6 +61,12 @@ std::u16string formatTimestamp(const DateTime& ts);
 std::optional<DateTime> parseDate(std::u16string_view text);
 std::optional<DateTime> parseTime(std::u16string_view text);
 std::optional<DateTime> parseTimestamp(std::u16string_view text);
+// SQL text forms, which ExecuteSQL results use whatever the locale: "2024-01-31", "13:05:00",
+// "2024-01-31 13:05:00"; fractions of a second only when present ("13:05:00.5").
+// (Implemented with the host's SQL support in sim/session/sql_text.cpp.)
+std::u16string formatSqlDate(const DateTime& d);
+std::u16string formatSqlTime(const DateTime& t);
+std::u16string formatSqlTimestamp(const DateTime& ts);
 
 // Container data: a list of typed streams (four-character type, bytes).
 struct Binary {
@@ -108,6 +114,12 @@ public:
     const Number& numberValue() const { return number_; }
     const DateTime& dateTimeValue() const { return dt_; }
 
+    // Values that come out of SQL results carry SQL's text forms: asText() of a date, time or
+    // timestamp marked this way gives formatSqlDate/Time/Timestamp instead of the calculation
+    // forms. The mark travels with copies of the value.
+    void setSqlTextForm(bool on) { sqlTextForm_ = on; }
+    bool sqlTextForm() const { return sqlTextForm_; }
+
 private:
     Type type_ = Type::Invalid;
     int32_t locale_ = 1;
@@ -115,6 +127,7 @@ private:
     Number number_;
     DateTime dt_;
     Binary binary_;
+    bool sqlTextForm_ = false;
 };
 
 }  // namespace sim
