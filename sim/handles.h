@@ -32,6 +32,9 @@ const Value& valueOf(const fmx::Data& d);
 void setValue(fmx::Data& d, Value v);
 const Text& textOf(const fmx::Text& t);
 Text& textOf(fmx::Text& t);
+// Copies of the values of a vector, in order, read without going through the FM_* calls (so
+// the host's own reads are not counted or failed by sim/faults.h).
+std::vector<Value> valuesOf(const fmx::DataVect& v);
 // Appends one row (moved in) to a row vector.
 void appendRow(fmx::RowVect& rows, std::vector<Value> row);
 void clearRows(fmx::RowVect& rows);
