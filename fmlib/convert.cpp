@@ -1,0 +1,125 @@
+#include "fmlib/convert.h"
+
+#include <sys/time.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace {
+
+// Host dates count from 0001-01-01; Unix time from 1970-01-01.
+constexpr double kHostEpochToUnixEpoch = 62135596800.0;
+
+void setNumber(fmx::int32 code, fmx::Data& value) {
+    fmx::FixPtUniquePtr number(0, fmx::kDefltFixedPrecision);
+    number->AssignInt(code);
+    value.SetAsNumber(*number, fmx::kDTNumber);
+}
+
+std::vector<fmx::unichar16> unitsOf(const fmx::Text& text) {
+    std::vector<fmx::unichar16> units(text.GetSize());
+    if (!units.empty()) text.GetUnicode(units.data(), 0, static_cast<fmx::uint32>(units.size()));
+    return units;
+}
+
+}  // namespace
+
+namespace fmlib {
+
+std::string StringFromFmText(const fmx::Text& text) {
+    const std::size_t units = text.GetSize();
+    if (units == 0) return {};
+    const std::size_t bytes =
+        std::min<std::size_t>(2 * units, std::numeric_limits<fmx::uint32>::max());
+    std::vector<char> buffer(bytes, '\0');
+    text.GetBytes(buffer.data(), static_cast<fmx::uint32>(bytes), 0, fmx::kSize_End,
+                  fmx::kEncoding_UTF8);
+    return std::string(buffer.data(), strnlen(buffer.data(), bytes));
+}
+
+std::wstring WStringFromFMText(const fmx::Text& text) {
+    const std::vector<fmx::unichar16> units = unitsOf(text);
+    const auto end = std::find(units.begin(), units.end(), fmx::unichar16{0});
+    return std::wstring(units.begin(), end);
+}
+
+void copyToFMText(const std::string& s, fmx::Text& target) {
+    target.DeleteText(0, fmx::kSize_End);
+    target.Assign(s.c_str(), fmx::kEncoding_Native);
+}
+
+void FillFMTextWithCurrentDatabaseFileName(fmx::Text& target, const fmx::ExprEnv& env) {
+    fmx::TextUniquePtr calculation;
+    calculation->Assign("Get(FileName)", fmx::kEncoding_Native);
+    fmx::DataUniquePtr name;
+    [[maybe_unused]] const fmx::errcode err = env.Evaluate(*calculation, *name);
+    assert(err == 0);
+    target.DeleteText(0, fmx::kSize_End);
+    target.AppendText(name->GetAsText(), 0, fmx::kSize_End);
+}
+
+void FMData2FMData(const fmx::Data& from, fmx::Data& to) {
+    switch (from.GetNativeType()) {
+        case fmx::kDTText:
+            to.SetAsText(from.GetAsText(), from.GetLocale(), fmx::kDTText);
+            break;
+        case fmx::kDTNumber:
+        case fmx::kDTBoolean:
+            to.SetAsNumber(from.GetAsNumber(), fmx::kDTNumber);
+            break;
+        case fmx::kDTDate:
+            to.SetAsDate(from.GetAsDate(), fmx::kDTDate);
+            break;
+        case fmx::kDTTime:
+            to.SetAsTime(from.GetAsTime(), fmx::kDTTime);
+            break;
+        case fmx::kDTTimeStamp:
+            to.SetAsTimeStamp(from.GetAsTimeStamp(), fmx::kDTTimeStamp);
+            break;
+        case fmx::kDTBinary:
+            to.SetBinaryData(from.GetBinaryData(), true);
+            break;
+        default:
+            break;
+    }
+}
+
+void FMErrCode2FMData(short code, fmx::Data& value) { setNumber(code, value); }
+
+void SetDateTimeToNow(fmx::DateTime& dateTime) {
+    timeval now{};
+    struct timezone zone {};
+    gettimeofday(&now, &zone);
+    const double seconds =
+        now.tv_usec / 1000000.0 +
+        static_cast<double>(now.tv_sec - zone.tz_minuteswest * 60L + zone.tz_dsttime * 3600L) +
+        kHostEpochToUnixEpoch;
+    fmx::FixPtUniquePtr number(0, fmx::kDefltFixedPrecision);
+    number->AssignDouble(seconds);
+    dateTime.SetSecondsSinceEpoch(*number);
+}
+
+}  // namespace fmlib
+
+namespace rvl {
+
+std::u16string FStringFromText(const fmx::Text& text) {
+    const std::vector<fmx::unichar16> units = unitsOf(text);
+    return std::u16string(units.begin(), units.end());
+}
+
+std::u16string FStringFromData(const fmx::Data& data) { return FStringFromText(data.GetAsText()); }
+
+}  // namespace rvl
+
+std::string StringFromFmText(const fmx::Text& text) {
+    if (text.GetSize() == 0) return {};
+    return fmlib::StringFromFmText(text);
+}
+
+std::string StringFromFmText(const fmx::TextAutoPtr& text) { return StringFromFmText(*text); }
+
+void storeErrorCode(int code, fmx::Data& value) { setNumber(code, value); }

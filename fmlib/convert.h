@@ -1,0 +1,51 @@
+// Conversions between the host's texts and values and the plug-in's own strings. Host failures
+// pass through as exceptions.
+#pragma once
+
+#include <string>
+
+#include "host/fmx.h"
+
+namespace fmlib {
+
+// The text as UTF-8, read into a zero-filled buffer of two bytes per UTF-16 unit and ending at
+// the first zero byte. Characters of three UTF-8 bytes per unit can fill that buffer before the
+// end of the text, which then comes back cut.
+std::string StringFromFmText(const fmx::Text& text);
+
+// One wide character per UTF-16 unit (surrogate pairs stay two halves), up to the first zero.
+std::wstring WStringFromFMText(const fmx::Text& text);
+
+// Replaces the whole target with the bytes of `s` in the host's native encoding.
+void copyToFMText(const std::string& s, fmx::Text& target);
+
+// The calling file's name, from "Get(FileName)"; that calculation failing is a programming error.
+void FillFMTextWithCurrentDatabaseFileName(fmx::Text& target, const fmx::ExprEnv& env);
+
+// Copies a value keeping its type; a boolean is copied as a number. An invalid or unknown type
+// leaves the target unchanged.
+void FMData2FMData(const fmx::Data& from, fmx::Data& to);
+
+// Sets the value to `code` as a number.
+void FMErrCode2FMData(short code, fmx::Data& value);
+
+// The current local time, with fractions of a second, from the system clock and its zone record.
+void SetDateTimeToNow(fmx::DateTime& dateTime);
+
+}  // namespace fmlib
+
+namespace rvl {
+
+// The text's UTF-16 units, all of them.
+std::u16string FStringFromText(const fmx::Text& text);
+// The value read as text, then as FStringFromText.
+std::u16string FStringFromData(const fmx::Data& data);
+
+}  // namespace rvl
+
+// As fmlib::StringFromFmText.
+std::string StringFromFmText(const fmx::Text& text);
+std::string StringFromFmText(const fmx::TextAutoPtr& text);
+
+// As fmlib::FMErrCode2FMData, for codes wider than the host's.
+void storeErrorCode(int code, fmx::Data& value);

@@ -1,0 +1,26 @@
+// Keyword lookup and small tests and utilities on texts and byte strings.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/fmx.h"
+
+namespace fmlib {
+
+// Index of the first word equal to the whole text, both lower-cased by the host; -1 when none
+// is (or `count` is 0). No trimming and no prefixes: "shor" matches nothing in ("short").
+int FindFMTextInArray(const fmx::Text& text, const char** words, unsigned count);
+
+}  // namespace fmlib
+
+bool isEmpty(const fmx::Text& text);
+bool isAll(const fmx::Text& text);    // equals "all"
+bool isSpace(const fmx::Text& text);  // equals a single blank
+
+// Byte-wise std::tolower: bytes above 127 are left alone.
+std::string toLower(std::string s);
+
+// Pieces between delimiters: an empty input has none, a trailing delimiter adds no empty last
+// piece, and two delimiters in a row enclose an empty piece.
+std::vector<std::string> explode(const std::string& s, char delimiter);

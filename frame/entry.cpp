@@ -1,0 +1,106 @@
+// The plug-in's only exported symbol: the host calls it for every lifecycle event.
+#include <algorithm>
+#include <vector>
+
+#include "frame/lifecycle.h"
+#include "frame/plugin_state.h"
+#include "frame/registry.h"
+#include "frame/strings.h"
+
+extern "C" __attribute__((visibility("default"))) void FMExternCallProc(FMX_ExternCallPtr pb);
+
+namespace {
+
+constexpr short kBuiltForVersion = k160ExtnVersion;  // 57
+constexpr short kOldestHost = k70ExtnVersion;        // 50
+constexpr short kNewestHost = kMaxExtnVersion;       // 255
+
+short initialise(short hostVersion) {
+    if (hostVersion < kOldestHost || hostVersion > kNewestHost) return kBadExtnVersion;
+    if (!Startup()) return kDoNotEnable;
+    if (!RegisterExternalFunctions()) {
+        Shutdown();
+        return kDoNotEnable;
+    }
+    gPlugInInitialized = true;
+    return kBuiltForVersion;
+}
+
+void idle(FMX_IdleLevel kind) {
+    if (!gPlugInInitialized) return;
+    switch (kind) {
+        case kFMXT_UserIdle:
+            SafeIdle();
+            break;
+        case kFMXT_Unsafe:
+            UnsafeIdle();
+            break;
+        default:
+            SemiSafeIdle(kind);
+            break;
+    }
+}
+
+void shutdown() {
+    gPlugInInitialized = false;
+    UnRegisterExternalFunctions();
+    Shutdown();
+}
+
+void preferences() {
+    if (gPrefsOpen.exchange(true)) return;
+    Preferences();
+    gPrefsOpen = false;
+}
+
+// The host lends a buffer of UTF-16 units: its address in `result`, its size in units in parm3.
+void answerStringRequest(FMX_Strings which, fmx::unichar16* buffer, fmx::uint32 size) {
+    if (buffer == nullptr) return;
+    switch (which) {
+        case kFMXT_NameStr:
+            ReadString(buffer, size, kPluginName);
+            break;
+        case kFMXT_AppConfigStr: {
+            std::vector<fmx::unichar16> scratch(size);
+            ReadString(scratch.data(), size, kPluginDescription);
+            std::copy(scratch.begin(), scratch.end(), buffer);
+            break;
+        }
+        case kFMXT_OptionsStr: {
+            // Twelve units: the eleven letters and the terminating zero.
+            const std::size_t units = std::min<std::size_t>(sizeof kOptionString, size);
+            std::copy_n(kOptionString, units, buffer);
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+}  // namespace
+
+// Host failures inside registration and the hooks are not caught here; the host sees them.
+void FMExternCallProc(FMX_ExternCallPtr pb) {
+    gFMX_ExternCallPtr = pb;
+    switch (pb->whichCall) {
+        case kFMXT_Init:
+            pb->result =
+                static_cast<FMX_PtrType>(static_cast<fmx::int64>(initialise(pb->extnVersion)));
+            break;
+        case kFMXT_Idle:
+            idle(pb->parm1);
+            break;
+        case kFMXT_Shutdown:
+            shutdown();
+            break;
+        case kFMXT_DoAppPreferences:
+            preferences();
+            break;
+        case kFMXT_GetString:
+            answerStringRequest(pb->parm1, reinterpret_cast<fmx::unichar16*>(pb->result),
+                                static_cast<fmx::uint32>(pb->parm3));
+            break;
+        default:
+            break;
+    }
+}

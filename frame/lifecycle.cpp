@@ -1,0 +1,13 @@
+#include "frame/lifecycle.h"
+
+#include "frame/idle.h"
+
+// Nothing to prepare or release on this platform: the subsystems' state lives in statics that
+// are built on first use and destroyed when the library is unloaded.
+bool Startup() { return true; }
+void Shutdown() {}
+void Preferences() {}
+
+void SafeIdle() { performScheduledScripts(); }
+void SemiSafeIdle(FMX_IdleLevel) {}
+void UnsafeIdle() {}

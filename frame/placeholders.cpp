@@ -1,0 +1,34 @@
+// Functions registered before their bodies exist. To implement one, define it in its own folder
+// (signature in frame/functions.h) and delete its line here.
+#include "frame/functions.h"
+#include "frame/not_implemented.h"
+
+#define NOT_IMPLEMENTED_YET(name)                                                                \
+    fmx::errcode name(short, const fmx::ExprEnv& env, const fmx::DataVect&, fmx::Data& result) { \
+        return rvl::AnswerNotImplemented(env, result);                                           \
+    }
+
+NOT_IMPLEMENTED_YET(Ravelin_Version)
+NOT_IMPLEMENTED_YET(Ravelin_Get)
+NOT_IMPLEMENTED_YET(Ravelin_Set)
+NOT_IMPLEMENTED_YET(Ravelin_ExecuteSQL)
+NOT_IMPLEMENTED_YET(Ravelin_Encode)
+NOT_IMPLEMENTED_YET(Ravelin_Decode)
+NOT_IMPLEMENTED_YET(Ravelin_MergeText)
+NOT_IMPLEMENTED_YET(Ravelin_DoFileMakerScript)
+NOT_IMPLEMENTED_YET(Ravelin_DoSystemScript)
+NOT_IMPLEMENTED_YET(Ravelin_GetDefaultPrinter)
+NOT_IMPLEMENTED_YET(Ravelin_SetDefaultPrinter)
+NOT_IMPLEMENTED_YET(Ravelin_GetPrinterNames)
+NOT_IMPLEMENTED_YET(Ravelin_RegExp_Substitute)
+NOT_IMPLEMENTED_YET(Ravelin_RegExp_PatternCount)
+NOT_IMPLEMENTED_YET(Ravelin_GetClientPublicIPAddress)
+NOT_IMPLEMENTED_YET(Ravelin_GetNameForIP)
+NOT_IMPLEMENTED_YET(Ravelin_GetIPforName)
+NOT_IMPLEMENTED_YET(Ravelin_GetSpecialWindows)
+NOT_IMPLEMENTED_YET(Ravelin_SetScriptShortcut)
+NOT_IMPLEMENTED_YET(Ravelin_ValueType)
+NOT_IMPLEMENTED_YET(Ravelin_GetTimestamp)
+NOT_IMPLEMENTED_YET(Ravelin_SetGlobal)
+NOT_IMPLEMENTED_YET(Ravelin_GetGlobal)
+NOT_IMPLEMENTED_YET(Ravelin_GetAsHTML)
