@@ -27,16 +27,17 @@ short initialise(short hostVersion) {
 }
 
 void idle(FMX_IdleLevel kind) {
-    if (!gPlugInInitialized) return;
-    switch (kind) {
-        case kFMXT_UserIdle:
+    switch (idleHookFor(gPlugInInitialized, kind)) {
+        case IdleHook::kSafe:
             SafeIdle();
             break;
-        case kFMXT_Unsafe:
+        case IdleHook::kSemiSafe:
+            SemiSafeIdle(kind);
+            break;
+        case IdleHook::kUnsafe:
             UnsafeIdle();
             break;
-        default:
-            SemiSafeIdle(kind);
+        case IdleHook::kNone:
             break;
     }
 }

@@ -11,3 +11,15 @@ void Preferences() {}
 void SafeIdle() { performScheduledScripts(); }
 void SemiSafeIdle(FMX_IdleLevel) {}
 void UnsafeIdle() {}
+
+IdleHook idleHookFor(bool initialised, FMX_IdleLevel kind) {
+    if (!initialised) return IdleHook::kNone;
+    switch (kind) {
+        case kFMXT_UserIdle:
+            return IdleHook::kSafe;
+        case kFMXT_Unsafe:
+            return IdleHook::kUnsafe;
+        default:
+            return IdleHook::kSemiSafe;
+    }
+}

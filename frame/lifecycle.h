@@ -12,3 +12,8 @@ void Preferences();
 void SafeIdle();
 void SemiSafeIdle(FMX_IdleLevel idleKind);
 void UnsafeIdle();
+
+// Which hook an idle call of `kind` runs: none before initialise (or after shutdown), the safe
+// one for user idle (0), the unsafe one for 4, the semi-safe one for any other kind.
+enum class IdleHook { kNone, kSafe, kSemiSafe, kUnsafe };
+IdleHook idleHookFor(bool initialised, FMX_IdleLevel kind);
