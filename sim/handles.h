@@ -2,6 +2,7 @@
 // types. A handle pointer is the address of the host object it names.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -10,7 +11,11 @@
 
 namespace sim {
 
-// Owned handles, freed with the matching FM_*_Delete (the deleters below do that).
+// Owned handles, freed as the matching FM_*_Delete frees them (the deleters below do that,
+// without counting as host calls).
+struct TextHandleDeleter {
+    void operator()(fmx::Text* t) const noexcept;
+};
 struct DataHandleDeleter {
     void operator()(fmx::Data* d) const noexcept;
 };
@@ -20,10 +25,12 @@ struct DataVectHandleDeleter {
 struct RowVectHandleDeleter {
     void operator()(fmx::RowVect* d) const noexcept;
 };
+using TextHandle = std::unique_ptr<fmx::Text, TextHandleDeleter>;
 using DataHandle = std::unique_ptr<fmx::Data, DataHandleDeleter>;
 using DataVectHandle = std::unique_ptr<fmx::DataVect, DataVectHandleDeleter>;
 using RowVectHandle = std::unique_ptr<fmx::RowVect, RowVectHandleDeleter>;
 
+TextHandle makeText(Text t = {});
 DataHandle makeData(Value v = {});
 DataVectHandle makeDataVect(const std::vector<Value>& values);
 RowVectHandle makeRowVect();
@@ -38,5 +45,12 @@ std::vector<Value> valuesOf(const fmx::DataVect& v);
 // Appends one row (moved in) to a row vector.
 void appendRow(fmx::RowVect& rows, std::vector<Value> row);
 void clearRows(fmx::RowVect& rows);
+
+// Reading argument vectors and the small value handles.
+size_t sizeOf(const fmx::DataVect& v);
+const Value& valueAt(const fmx::DataVect& v, size_t i);  // i < sizeOf(v)
+std::vector<std::vector<Value>> rowsOf(const fmx::RowVect& rows);
+std::array<char, 4> charsOf(const fmx::QuadChar& q);
+int32_t localeTypeOf(const fmx::Locale& l);
 
 }  // namespace sim

@@ -69,19 +69,24 @@ public:
     // Unit-wise comparison of the units only (styles are ignored).
     friend bool operator==(const Text& a, const Text& b) { return a.units_ == b.units_; }
 
+    // A value holding from `start` up to the next span's start (or the end of the text).
+    template <class T>
+    struct Span {
+        uint32_t start;
+        T value;
+    };
+
 private:
-    struct Run {
-        uint32_t start;
-        CharStyle style;
-    };
-    struct Para {
-        uint32_t start;
-        Alignment align;
-    };
     std::u16string units_;
-    std::vector<Run> runs_;    // sorted by start; empty means all disabled
-    std::vector<Para> paras_;  // sorted by start; empty means None everywhere
+    // Sorted by start, the first at 0, neighbours differ; empty means all disabled.
+    std::vector<Span<CharStyle>> runs_;
+    // Alignment per character; a paragraph takes the value of its first character. Empty means
+    // None everywhere.
+    std::vector<Span<Alignment>> paras_;
 };
+
+// The style with the values of its disabled traits cleared, so that equal styles compare equal.
+CharStyle normalized(CharStyle s);
 
 // Case mapping and search, Unicode-aware (simple case mapping per code point).
 std::u16string toLower(std::u16string_view s);
@@ -89,5 +94,8 @@ std::u16string toUpper(std::u16string_view s);
 // Returns UINT32_MAX when not found.
 uint32_t find(std::u16string_view hay, std::u16string_view needle, uint32_t from);
 uint32_t findIgnoringCase(std::u16string_view hay, std::u16string_view needle, uint32_t from);
+// Backward search: the last match starting at or before `from`.
+uint32_t findPrev(std::u16string_view hay, std::u16string_view needle, uint32_t from);
+uint32_t findPrevIgnoringCase(std::u16string_view hay, std::u16string_view needle, uint32_t from);
 
 }  // namespace sim

@@ -45,8 +45,8 @@ struct DateTime {
     static DateTime fromDays(int64_t day1Based);
     static DateTime fromYmd(int year, int month, int day);  // normalises overflowing fields
     static DateTime fromSeconds(double seconds);
-    int64_t days() const;      // 1-based day number
-    double seconds() const;    // seconds since the epoch, with fractions
+    int64_t days() const;    // 1-based day number
+    double seconds() const;  // seconds since the epoch, with fractions
     double secondsOfDay() const;
     void ymd(int& year, int& month, int& day) const;
     friend bool operator==(const DateTime&, const DateTime&) = default;
@@ -91,6 +91,8 @@ public:
     static Value time(DateTime t);
     static Value timestamp(DateTime ts);
     static Value binary(Binary b);
+    // The empty value of a type (empty text, empty number, a date without value, ...).
+    static Value emptyOf(Type t);
 
     Type type() const { return type_; }
     int32_t locale() const { return locale_; }
@@ -100,13 +102,21 @@ public:
     bool isEmpty() const;
 
     // Conversions, as the host performs them between types.
-    Text asText() const;          // styled for text values
-    Number asNumber() const;      // dates give days, times seconds, timestamps seconds
-    DateTime asDate() const;      // whole days
-    DateTime asTime() const;      // seconds of day for timestamps; numbers as seconds
+    Text asText() const;      // styled for text values
+    Number asNumber() const;  // dates give days, times seconds, timestamps seconds
+    DateTime asDate() const;  // whole days
+    DateTime asTime() const;  // seconds of day for timestamps; numbers as seconds
     DateTime asTimestamp() const;
-    bool asBoolean() const;       // non-zero number
+    bool asBoolean() const;  // non-zero number
     const Binary& asBinary() const;
+    // The same conversions, telling when there is no such value (unparsable text, an empty
+    // number, a container).
+    std::optional<DateTime> tryDate() const;
+    std::optional<DateTime> tryTime() const;
+    std::optional<DateTime> tryTimestamp() const;
+    // This value converted to another type, keeping the locale (and the styles of a text).
+    // A conversion without result gives the empty value of the target type.
+    Value as(Type t) const;
 
     // Raw access for the value's own type.
     const Text& textValue() const { return text_; }
@@ -124,7 +134,7 @@ private:
     Type type_ = Type::Invalid;
     int32_t locale_ = 1;
     Text text_;
-    Number number_;
+    Number number_;  // for dates, times and timestamps only `empty` is used
     DateTime dt_;
     Binary binary_;
     bool sqlTextForm_ = false;

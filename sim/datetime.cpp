@@ -1,0 +1,271 @@
+// Dates and times on the proleptic Gregorian calendar counted from 0001-01-01, and their en-US
+// text forms.
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "sim/decimal.h"
+#include "sim/encoding.h"
+#include "sim/value.h"
+
+namespace sim {
+
+namespace {
+
+constexpr int64_t kUsecPerSecond = 1'000'000;
+constexpr int64_t kUsecPerDay = 86'400 * kUsecPerSecond;
+// Day number of 1970-01-01 when 0001-01-01 is day 1.
+constexpr int64_t kUnixEpochDay = 719'163;
+
+int64_t floorDiv(int64_t a, int64_t b) { return a / b - ((a % b != 0) && ((a < 0) != (b < 0))); }
+int64_t floorMod(int64_t a, int64_t b) { return a - floorDiv(a, b) * b; }
+
+// Days since 1970-01-01 of a civil date (H. Hinnant's algorithm).
+int64_t daysFromCivil(int64_t y, int64_t m, int64_t d) {
+    y -= m <= 2;
+    const int64_t era = floorDiv(y, 400);
+    const int64_t yoe = y - era * 400;
+    const int64_t doy = (153 * (m > 2 ? m - 3 : m + 9) + 2) / 5 + d - 1;
+    const int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return era * 146097 + doe - 719468;
+}
+
+void civilFromDays(int64_t z, int& year, int& month, int& day) {
+    z += 719468;
+    const int64_t era = floorDiv(z, 146097);
+    const int64_t doe = z - era * 146097;
+    const int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    const int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+    const int64_t mp = (5 * doy + 2) / 153;
+    day = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
+    month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
+    year = static_cast<int>(yoe + era * 400 + (month <= 2));
+}
+
+bool isLeap(int64_t y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+
+int daysInMonth(int64_t y, int m) {
+    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return m == 2 && isLeap(y) ? 29 : kDays[m - 1];
+}
+
+// --- Parsing helpers over UTF-16 ------------------------------------------------------------
+
+struct Cursor {
+    std::u16string_view s;
+    size_t i = 0;
+
+    bool atEnd() const { return i >= s.size(); }
+    char16_t peek() const { return atEnd() ? u'\0' : s[i]; }
+    bool eat(char16_t c) {
+        if (peek() != c) return false;
+        ++i;
+        return true;
+    }
+    void skipSpaces() {
+        while (!atEnd() && (s[i] == u' ' || s[i] == u'\t')) ++i;
+    }
+    // Reads 1..maxDigits decimal digits.
+    bool number(int64_t& out, int maxDigits, int* count = nullptr) {
+        int n = 0;
+        out = 0;
+        while (n < maxDigits && !atEnd() && s[i] >= u'0' && s[i] <= u'9') {
+            out = out * 10 + (s[i++] - u'0');
+            ++n;
+        }
+        if (count) *count = n;
+        return n > 0;
+    }
+};
+
+std::u16string_view trimmed(std::u16string_view s) {
+    auto isSpace = [](char16_t c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; };
+    while (!s.empty() && isSpace(s.front())) s.remove_prefix(1);
+    while (!s.empty() && isSpace(s.back())) s.remove_suffix(1);
+    return s;
+}
+
+std::optional<DateTime> validDate(int64_t y, int64_t m, int64_t d) {
+    if (y < 1 || y > 9999 || m < 1 || m > 12 || d < 1 || d > daysInMonth(y, static_cast<int>(m))) {
+        return std::nullopt;
+    }
+    return DateTime::fromYmd(static_cast<int>(y), static_cast<int>(m), static_cast<int>(d));
+}
+
+// "M/D/YYYY" or "YYYY-MM-DD" at the cursor.
+std::optional<DateTime> readDate(Cursor& c) {
+    int64_t a, b, y;
+    int digits = 0;
+    const size_t start = c.i;
+    if (c.number(a, 4, &digits)) {
+        if (digits == 4 && c.eat(u'-')) {
+            if (c.number(b, 2) && c.eat(u'-') && c.number(y, 2)) return validDate(a, b, y);
+            return std::nullopt;
+        }
+        if (digits <= 2 && c.eat(u'/') && c.number(b, 2) && c.eat(u'/') && c.number(y, 4)) {
+            return validDate(y, a, b);
+        }
+    }
+    c.i = start;
+    return std::nullopt;
+}
+
+// Case-insensitive AM/PM marker ("AM", "PM", "A", "P", with or without dots).
+int readMeridiem(Cursor& c) {
+    const char16_t m = c.peek();
+    int result;
+    if (m == u'A' || m == u'a') {
+        result = 1;
+    } else if (m == u'P' || m == u'p') {
+        result = 2;
+    } else {
+        return 0;
+    }
+    ++c.i;
+    c.eat(u'.');
+    if (!c.eat(u'M')) c.eat(u'm');
+    c.eat(u'.');
+    return result;
+}
+
+// "H:MM[:SS[.ffffff]] [AM|PM]" at the cursor, as microseconds from midnight.
+std::optional<int64_t> readTime(Cursor& c) {
+    int64_t h, m, s = 0, usec = 0;
+    if (!c.number(h, 9) || !c.eat(u':') || !c.number(m, 2) || m > 59) return std::nullopt;
+    if (c.eat(u':')) {
+        if (!c.number(s, 2) || s > 59) return std::nullopt;
+        if (c.eat(u'.')) {
+            int64_t scale = 100'000;
+            while (!c.atEnd() && c.peek() >= u'0' && c.peek() <= u'9') {
+                usec += (c.s[c.i++] - u'0') * scale;
+                scale /= 10;
+            }
+        }
+    }
+    const size_t beforeMarker = c.i;
+    c.skipSpaces();
+    const int meridiem = readMeridiem(c);
+    if (meridiem == 0) {
+        c.i = beforeMarker;
+    } else {
+        if (h < 1 || h > 12) return std::nullopt;
+        h = (h % 12) + (meridiem == 2 ? 12 : 0);
+    }
+    return ((h * 60 + m) * 60 + s) * kUsecPerSecond + usec;
+}
+
+// --- Formatting helpers -------------------------------------------------------------------
+
+std::string fractionText(int64_t usec) {
+    if (usec == 0) return "";
+    char buf[16];
+    std::snprintf(buf, sizeof buf, ".%06lld", static_cast<long long>(usec));
+    std::string s = buf;
+    while (s.back() == '0') s.pop_back();
+    return s;
+}
+
+std::string clockText(int64_t usecOfDay) {
+    const int64_t secs = usecOfDay / kUsecPerSecond;
+    const int64_t h = secs / 3600;
+    const int64_t hour12 = h % 12 == 0 ? 12 : h % 12;
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%lld:%02lld:%02lld", static_cast<long long>(hour12),
+                  static_cast<long long>(secs / 60 % 60), static_cast<long long>(secs % 60));
+    return buf + fractionText(usecOfDay % kUsecPerSecond) + (h < 12 ? " AM" : " PM");
+}
+
+}  // namespace
+
+// --- DateTime -------------------------------------------------------------------------------
+
+DateTime DateTime::fromDays(int64_t day1Based) { return DateTime{(day1Based - 1) * kUsecPerDay}; }
+
+DateTime DateTime::fromYmd(int year, int month, int day) {
+    const int64_t m0 = static_cast<int64_t>(month) - 1;
+    const int64_t y = year + floorDiv(m0, 12);
+    const int64_t m = floorMod(m0, 12) + 1;
+    return fromDays(daysFromCivil(y, m, 1) + kUnixEpochDay + (static_cast<int64_t>(day) - 1));
+}
+
+// Goes through the 16-digit decimal form so that 62135596800.1 seconds lands on .1 exactly
+// rather than on the binary neighbour of that fraction.
+DateTime DateTime::fromSeconds(double seconds) {
+    if (!std::isfinite(seconds) || std::fabs(seconds) > 9.2e12) return DateTime{};
+    decimal::Digits d = decimal::digitsOf(seconds);
+    decimal::roundToPlaces(d, 6);
+    int64_t usec = 0;
+    for (size_t k = 0; k < d.digits.size(); ++k) usec = usec * 10 + (d.digits[k] - '0');
+    for (long k = static_cast<long>(d.digits.size()); k < d.point + 6; ++k) usec *= 10;
+    return DateTime{d.negative ? -usec : usec};
+}
+
+int64_t DateTime::days() const { return floorDiv(usec, kUsecPerDay) + 1; }
+
+double DateTime::seconds() const { return static_cast<double>(usec) / kUsecPerSecond; }
+
+double DateTime::secondsOfDay() const {
+    return static_cast<double>(floorMod(usec, kUsecPerDay)) / kUsecPerSecond;
+}
+
+void DateTime::ymd(int& year, int& month, int& day) const {
+    civilFromDays(days() - kUnixEpochDay, year, month, day);
+}
+
+// --- Text forms -------------------------------------------------------------------------------
+
+std::u16string formatDate(const DateTime& d) {
+    int y, m, day;
+    d.ymd(y, m, day);
+    char buf[48];
+    std::snprintf(buf, sizeof buf, "%d/%d/%04d", m, day, y);
+    return fromUtf8(buf);
+}
+
+// A time within one day reads as a clock time; durations beyond a day (or below zero) keep
+// counting hours, without AM/PM.
+std::u16string formatTime(const DateTime& t) {
+    if (t.usec >= 0 && t.usec < kUsecPerDay) return fromUtf8(clockText(t.usec));
+    const int64_t a = t.usec < 0 ? -t.usec : t.usec;
+    const int64_t secs = a / kUsecPerSecond;
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%s%lld:%02lld:%02lld", t.usec < 0 ? "-" : "",
+                  static_cast<long long>(secs / 3600), static_cast<long long>(secs / 60 % 60),
+                  static_cast<long long>(secs % 60));
+    return fromUtf8(buf + fractionText(a % kUsecPerSecond));
+}
+
+std::u16string formatTimestamp(const DateTime& ts) {
+    return formatDate(ts) + u" " + fromUtf8(clockText(floorMod(ts.usec, kUsecPerDay)));
+}
+
+std::optional<DateTime> parseDate(std::u16string_view text) {
+    Cursor c{trimmed(text)};
+    auto d = readDate(c);
+    if (!d || !c.atEnd()) return std::nullopt;
+    return d;
+}
+
+std::optional<DateTime> parseTime(std::u16string_view text) {
+    Cursor c{trimmed(text)};
+    auto t = readTime(c);
+    if (!t || !c.atEnd()) return std::nullopt;
+    return DateTime{*t};
+}
+
+std::optional<DateTime> parseTimestamp(std::u16string_view text) {
+    Cursor c{trimmed(text)};
+    auto d = readDate(c);
+    if (!d) return std::nullopt;
+    if (c.atEnd()) return d;
+    if (!c.eat(u'T')) {
+        const size_t before = c.i;
+        c.skipSpaces();
+        if (c.i == before) return std::nullopt;
+    }
+    auto t = readTime(c);
+    if (!t || !c.atEnd() || *t >= kUsecPerDay) return std::nullopt;
+    return DateTime{d->usec + *t};
+}
+
+}  // namespace sim

@@ -1,0 +1,121 @@
+#include "sim/handles.h"
+
+#include "sim/objects.h"
+
+namespace sim {
+
+// --- DataObj caches -------------------------------------------------------------------------
+
+bool DataObj::refresh(unsigned which) const {
+    if (fresh_ & which) return false;
+    fresh_ |= which;
+    return true;
+}
+
+const Text& DataObj::text() const {
+    if (value_.type() == Type::Text) return value_.textValue();
+    if (refresh(kText)) text_ = value_.asText();
+    return text_;
+}
+
+const Number& DataObj::number() const {
+    if (value_.type() == Type::Number || value_.type() == Type::Boolean) {
+        return value_.numberValue();
+    }
+    if (refresh(kNumber)) number_ = value_.asNumber();
+    return number_;
+}
+
+namespace {
+
+void store(DateTimeObj& obj, const std::optional<DateTime>& dt) {
+    obj.valid = dt.has_value();
+    obj.dt = dt.value_or(DateTime{});
+}
+
+}  // namespace
+
+const DateTimeObj& DataObj::date() const {
+    if (refresh(kDate)) store(date_, value_.tryDate());
+    return date_;
+}
+
+const DateTimeObj& DataObj::time() const {
+    if (refresh(kTime)) store(time_, value_.tryTime());
+    return time_;
+}
+
+const DateTimeObj& DataObj::timestamp() const {
+    if (refresh(kTimestamp)) store(timestamp_, value_.tryTimestamp());
+    return timestamp_;
+}
+
+const Binary& DataObj::binary() const { return value_.asBinary(); }
+
+const LocaleObj& DataObj::locale() const {
+    if (refresh(kLocale)) locale_.type = value_.locale();
+    return locale_;
+}
+
+// --- Owned handles --------------------------------------------------------------------------
+
+void TextHandleDeleter::operator()(fmx::Text* t) const noexcept { delete &objectOf(*t); }
+void DataHandleDeleter::operator()(fmx::Data* d) const noexcept { delete &objectOf(*d); }
+void DataVectHandleDeleter::operator()(fmx::DataVect* d) const noexcept { delete &objectOf(*d); }
+void RowVectHandleDeleter::operator()(fmx::RowVect* d) const noexcept { delete &objectOf(*d); }
+
+TextHandle makeText(Text t) { return TextHandle(handleOf(new Text(std::move(t)))); }
+
+DataHandle makeData(Value v) { return DataHandle(handleOf(new DataObj(std::move(v)))); }
+
+DataVectHandle makeDataVect(const std::vector<Value>& values) {
+    auto vect = std::make_unique<DataVectObj>();
+    vect->items.reserve(values.size());
+    for (const Value& v : values) vect->items.push_back(std::make_unique<DataObj>(v));
+    return DataVectHandle(handleOf(vect.release()));
+}
+
+RowVectHandle makeRowVect() { return RowVectHandle(handleOf(new RowVectObj)); }
+
+// --- Reading and writing through handles ----------------------------------------------------
+
+const Value& valueOf(const fmx::Data& d) { return objectOf(d).value(); }
+
+void setValue(fmx::Data& d, Value v) { objectOf(d).set(std::move(v)); }
+
+const Text& textOf(const fmx::Text& t) { return objectOf(t); }
+
+Text& textOf(fmx::Text& t) { return objectOf(t); }
+
+std::vector<Value> valuesOf(const fmx::DataVect& v) {
+    std::vector<Value> out;
+    out.reserve(objectOf(v).items.size());
+    for (const auto& item : objectOf(v).items) out.push_back(item->value());
+    return out;
+}
+
+void appendRow(fmx::RowVect& rows, std::vector<Value> row) {
+    auto vect = std::make_unique<DataVectObj>();
+    vect->items.reserve(row.size());
+    for (Value& v : row) vect->items.push_back(std::make_unique<DataObj>(std::move(v)));
+    objectOf(rows).rows.push_back(std::move(vect));
+}
+
+void clearRows(fmx::RowVect& rows) { objectOf(rows).rows.clear(); }
+
+size_t sizeOf(const fmx::DataVect& v) { return objectOf(v).items.size(); }
+
+const Value& valueAt(const fmx::DataVect& v, size_t i) { return objectOf(v).items.at(i)->value(); }
+
+std::vector<std::vector<Value>> rowsOf(const fmx::RowVect& rows) {
+    std::vector<std::vector<Value>> out;
+    out.reserve(objectOf(rows).rows.size());
+    for (const auto& row : objectOf(rows).rows) out.push_back(valuesOf(*handleOf(row.get())));
+    return out;
+}
+
+std::array<char, 4> charsOf(const fmx::QuadChar& q) { return objectOf(q).chars; }
+
+int32_t localeTypeOf(const fmx::Locale& l) { return objectOf(l).type; }
+
+}  // namespace sim

@@ -1,0 +1,271 @@
+#include "sim/text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace sim {
+
+namespace {
+
+template <class T>
+using Spans = std::vector<Text::Span<T>>;
+
+// Index of the span holding `pos`; spans must not be empty.
+template <class T>
+size_t spanIndex(const Spans<T>& spans, uint32_t pos) {
+    auto it = std::upper_bound(spans.begin(), spans.end(), pos,
+                               [](uint32_t p, const Text::Span<T>& s) { return p < s.start; });
+    return static_cast<size_t>(it - spans.begin()) - 1;
+}
+
+template <class T>
+T valueAt(const Spans<T>& spans, uint32_t pos) {
+    return spans.empty() ? T{} : spans[spanIndex(spans, pos)].value;
+}
+
+// Starts a span with `value` at `at` (the current end of the spanned text), keeping neighbours
+// distinct and never leaving a span of length zero behind.
+template <class T>
+void pushSpan(Spans<T>& spans, uint32_t at, const T& value) {
+    if (!spans.empty() && spans.back().start == at) {
+        spans.back().value = value;
+        if (spans.size() >= 2 && spans[spans.size() - 2].value == value) spans.pop_back();
+        return;
+    }
+    if (!spans.empty() && spans.back().value == value) return;
+    spans.push_back({at, value});
+}
+
+// An implicit (empty) span list over a non-empty text becomes one explicit default span, so that
+// something different can follow it.
+template <class T>
+void makeExplicit(Spans<T>& spans, uint32_t size) {
+    if (spans.empty() && size > 0) spans.push_back({0, T{}});
+}
+
+// Appends the spans of src over [pos, pos + len) to dst, whose text is dstSize long.
+template <class T>
+void appendSlice(Spans<T>& dst, uint32_t dstSize, const Spans<T>& src, uint32_t pos, uint32_t len) {
+    if (len == 0) return;
+    if (src.empty()) {
+        if (!dst.empty()) pushSpan(dst, dstSize, T{});
+        return;
+    }
+    makeExplicit(dst, dstSize);
+    const uint32_t end = pos + len;
+    for (size_t i = spanIndex(src, pos); i < src.size() && src[i].start < end; ++i) {
+        const uint32_t from = std::max(src[i].start, pos);
+        pushSpan(dst, dstSize + (from - pos), src[i].value);
+    }
+}
+
+// A span list that is one default span says nothing: drop it.
+template <class T>
+void compact(Spans<T>& spans) {
+    if (spans.size() == 1 && spans[0].value == T{}) spans.clear();
+}
+
+template <class T>
+Spans<T> slice(const Spans<T>& src, uint32_t pos, uint32_t len) {
+    Spans<T> out;
+    appendSlice(out, 0, src, pos, len);
+    compact(out);
+    return out;
+}
+
+// Rewrites the values over [pos, pos + len) of a text `size` long with `change(old value)`.
+template <class T, class Change>
+void changeRange(Spans<T>& spans, uint32_t size, uint32_t pos, uint32_t len, Change change) {
+    if (len == 0) return;
+    Spans<T> src = std::move(spans);
+    makeExplicit(src, size);
+    Spans<T> out;
+    appendSlice(out, 0, src, 0, pos);
+    const uint32_t end = pos + len;
+    for (size_t i = spanIndex(src, pos); i < src.size() && src[i].start < end; ++i) {
+        pushSpan(out, std::max(src[i].start, pos), change(src[i].value));
+    }
+    appendSlice(out, end, src, end, size - end);
+    compact(out);
+    spans = std::move(out);
+}
+
+template <class T>
+void insertSpans(Spans<T>& spans, uint32_t size, const Spans<T>& other, uint32_t pos, uint32_t len,
+                 uint32_t at) {
+    if (spans.empty() && other.empty()) return;
+    Spans<T> out;
+    appendSlice(out, 0, spans, 0, at);
+    appendSlice(out, at, other, pos, len);
+    appendSlice(out, at + len, spans, at, size - at);
+    compact(out);
+    spans = std::move(out);
+}
+
+template <class T>
+void eraseSpans(Spans<T>& spans, uint32_t size, uint32_t pos, uint32_t len) {
+    if (spans.empty()) return;
+    Spans<T> out;
+    appendSlice(out, 0, spans, 0, pos);
+    appendSlice(out, pos, spans, pos + len, size - pos - len);
+    compact(out);
+    spans = std::move(out);
+}
+
+// Clamps a (position, length) pair to a text of `size` units.
+void clampRange(uint32_t size, uint32_t& pos, uint32_t& len) {
+    pos = std::min(pos, size);
+    len = std::min(len, size - pos);
+}
+
+uint32_t paragraphStart(const std::u16string& units, uint32_t pos) {
+    pos = std::min<uint32_t>(pos, static_cast<uint32_t>(units.size()));
+    while (pos > 0 && units[pos - 1] != u'\r') --pos;
+    return pos;
+}
+
+uint32_t paragraphEnd(const std::u16string& units, uint32_t pos) {
+    const auto cr = units.find(u'\r', pos);
+    return cr == std::u16string::npos ? static_cast<uint32_t>(units.size())
+                                      : static_cast<uint32_t>(cr + 1);
+}
+
+}  // namespace
+
+CharStyle normalized(CharStyle s) {
+    if (!s.fontOn) s.font = 0;
+    if (!s.sizeOn) s.size = 0;
+    if (!s.colorOn) s.color = Rgb{};
+    s.face &= s.faceMask;
+    return s;
+}
+
+Text::Text(std::u16string units) : units_(std::move(units)) {}
+
+void Text::assign(std::u16string units) {
+    units_ = std::move(units);
+    runs_.clear();
+    paras_.clear();
+}
+
+void Text::setSlice(const Text& other, uint32_t pos, uint32_t len) {
+    clampRange(other.size(), pos, len);
+    if (&other == this) {
+        Text copy(*this);
+        setSlice(copy, pos, len);
+        return;
+    }
+    units_.assign(other.units_, pos, len);
+    runs_ = slice(other.runs_, pos, len);
+    paras_ = slice(other.paras_, pos, len);
+}
+
+void Text::append(const Text& other, uint32_t pos, uint32_t len) {
+    clampRange(other.size(), pos, len);
+    if (len == 0) return;
+    if (&other == this) {
+        Text piece;
+        piece.setSlice(other, pos, len);
+        append(piece);
+        return;
+    }
+    const uint32_t before = size();
+    units_.append(other.units_, pos, len);
+    appendSlice(runs_, before, other.runs_, pos, len);
+    appendSlice(paras_, before, other.paras_, pos, len);
+}
+
+void Text::append(std::u16string_view plain) {
+    if (plain.empty()) return;
+    const uint32_t before = size();
+    units_.append(plain);
+    if (!runs_.empty()) pushSpan(runs_, before, CharStyle{});
+    if (!paras_.empty()) pushSpan(paras_, before, Alignment::None);
+}
+
+void Text::insert(const Text& other, uint32_t pos) {
+    if (&other == this) {
+        Text copy(*this);
+        insert(copy, pos);
+        return;
+    }
+    pos = std::min(pos, size());
+    if (other.empty()) return;
+    const uint32_t before = size();
+    units_.insert(pos, other.units_);
+    insertSpans(runs_, before, other.runs_, 0, other.size(), pos);
+    insertSpans(paras_, before, other.paras_, 0, other.size(), pos);
+}
+
+void Text::erase(uint32_t pos, uint32_t len) {
+    clampRange(size(), pos, len);
+    if (len == 0) return;
+    const uint32_t before = size();
+    units_.erase(pos, len);
+    eraseSpans(runs_, before, pos, len);
+    eraseSpans(paras_, before, pos, len);
+}
+
+CharStyle Text::styleAt(uint32_t pos) const {
+    if (empty()) return CharStyle{};
+    return valueAt(runs_, std::min(pos, size() - 1));
+}
+
+uint32_t Text::runEnd(uint32_t pos) const {
+    if (pos >= size() || runs_.empty()) return size();
+    const size_t i = spanIndex(runs_, pos);
+    return i + 1 < runs_.size() ? runs_[i + 1].start : size();
+}
+
+void Text::setStyle(const CharStyle& style, uint32_t pos, uint32_t len) {
+    clampRange(size(), pos, len);
+    const CharStyle value = normalized(style);
+    changeRange(runs_, size(), pos, len, [&](const CharStyle&) { return value; });
+}
+
+void Text::mergeStyle(const CharStyle& style, uint32_t pos, uint32_t len) {
+    clampRange(size(), pos, len);
+    const CharStyle add = normalized(style);
+    changeRange(runs_, size(), pos, len, [&](CharStyle s) {
+        if (add.fontOn) s.font = add.font, s.fontOn = true;
+        if (add.sizeOn) s.size = add.size, s.sizeOn = true;
+        if (add.colorOn) s.color = add.color, s.colorOn = true;
+        s.face = static_cast<uint16_t>((s.face & ~add.faceMask) | add.face);
+        s.faceMask |= add.faceMask;
+        return s;
+    });
+}
+
+void Text::removeStyle(const CharStyle& style) {
+    changeRange(runs_, size(), 0, size(), [&](CharStyle s) {
+        if (style.fontOn) s.fontOn = false;
+        if (style.sizeOn) s.sizeOn = false;
+        if (style.colorOn) s.colorOn = false;
+        s.faceMask &= static_cast<uint16_t>(~style.faceMask);
+        return normalized(s);
+    });
+}
+
+void Text::resetStyles() {
+    runs_.clear();
+    paras_.clear();
+}
+
+bool Text::hasStyles() const {
+    return std::any_of(runs_.begin(), runs_.end(),
+                       [](const Span<CharStyle>& r) { return !r.value.allDisabled(); });
+}
+
+Alignment Text::alignmentAt(uint32_t pos) const {
+    if (empty()) return Alignment::None;
+    return valueAt(paras_, std::min(paragraphStart(units_, pos), size() - 1));
+}
+
+void Text::setAlignment(Alignment a, uint32_t pos, uint32_t len) {
+    clampRange(size(), pos, len);
+    const uint32_t from = paragraphStart(units_, pos);
+    const uint32_t to = paragraphEnd(units_, len == 0 ? pos : pos + len - 1);
+    changeRange(paras_, size(), from, to - from, [a](Alignment) { return a; });
+}
+
+}  // namespace sim

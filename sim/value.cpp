@@ -1,0 +1,262 @@
+#include "sim/value.h"
+
+#include <cmath>
+
+#include "sim/encoding.h"
+
+namespace sim {
+
+namespace {
+
+// Day numbers beyond this are no dates (the host's calendar ends in the year 4000).
+constexpr double kMaxDayNumber = 1e9;
+
+bool isDateKind(Type t) { return t == Type::Date || t == Type::Time || t == Type::Timestamp; }
+
+// The file name a container shows as its text.
+std::u16string containerName(const Binary& b) {
+    for (const auto& s : b.streams) {
+        if (s.type == std::array<char, 4>{'F', 'N', 'A', 'M'}) return fromUtf8(s.bytes);
+    }
+    return u"";
+}
+
+DateTime wholeDay(const DateTime& d) { return DateTime::fromDays(d.days()); }
+
+DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOfDay()); }
+
+}  // namespace
+
+Value Value::text(Text t) {
+    Value v;
+    v.type_ = Type::Text;
+    v.text_ = std::move(t);
+    return v;
+}
+
+Value Value::text(std::u16string s) { return text(Text(std::move(s))); }
+
+Value Value::number(Number n) {
+    Value v;
+    v.type_ = Type::Number;
+    v.number_ = n;
+    return v;
+}
+
+Value Value::number(double d) { return number(Number{d}); }
+
+Value Value::boolean(bool b) {
+    Value v;
+    v.type_ = Type::Boolean;
+    v.number_ = Number{b ? 1.0 : 0.0};
+    return v;
+}
+
+Value Value::date(DateTime d) {
+    Value v;
+    v.type_ = Type::Date;
+    v.dt_ = wholeDay(d);
+    return v;
+}
+
+Value Value::time(DateTime t) {
+    Value v;
+    v.type_ = Type::Time;
+    v.dt_ = t;
+    return v;
+}
+
+Value Value::timestamp(DateTime ts) {
+    Value v;
+    v.type_ = Type::Timestamp;
+    v.dt_ = ts;
+    return v;
+}
+
+Value Value::binary(Binary b) {
+    Value v;
+    v.type_ = Type::Binary;
+    v.binary_ = std::move(b);
+    return v;
+}
+
+Value Value::emptyOf(Type t) {
+    Value v;
+    switch (t) {
+        case Type::Invalid:
+            return v;
+        case Type::Text:
+            return text(u"");
+        case Type::Binary:
+            return binary({});
+        default:
+            v.type_ = t;
+            v.number_.empty = true;
+            return v;
+    }
+}
+
+bool Value::isEmpty() const {
+    switch (type_) {
+        case Type::Invalid:
+            return true;
+        case Type::Text:
+            return text_.empty();
+        case Type::Binary:
+            return binary_.streams.empty();
+        default:
+            return number_.empty;
+    }
+}
+
+Text Value::asText() const {
+    if (type_ == Type::Text) return text_;
+    if (isDateKind(type_) && number_.empty) return Text();
+    if (sqlTextForm_) {
+        if (type_ == Type::Date) return Text(formatSqlDate(dt_));
+        if (type_ == Type::Time) return Text(formatSqlTime(dt_));
+        if (type_ == Type::Timestamp) return Text(formatSqlTimestamp(dt_));
+    }
+    switch (type_) {
+        case Type::Number:
+        case Type::Boolean:
+            return Text(formatNumber(number_));
+        case Type::Date:
+            return Text(formatDate(dt_));
+        case Type::Time:
+            return Text(formatTime(dt_));
+        case Type::Timestamp:
+            return Text(formatTimestamp(dt_));
+        case Type::Binary:
+            return Text(containerName(binary_));
+        default:
+            return Text();
+    }
+}
+
+Number Value::asNumber() const {
+    if (isDateKind(type_) && number_.empty) return Number{0, true};
+    switch (type_) {
+        case Type::Text:
+            return parseNumber(text_.units());
+        case Type::Number:
+        case Type::Boolean:
+            return number_;
+        case Type::Date:
+            return Number{static_cast<double>(dt_.days())};
+        case Type::Time:
+        case Type::Timestamp:
+            return Number{dt_.seconds()};
+        default:
+            return Number{0, true};
+    }
+}
+
+std::optional<DateTime> Value::tryDate() const {
+    if (isEmpty()) return std::nullopt;
+    switch (type_) {
+        case Type::Text:
+            if (auto d = parseDate(text_.units())) return d;
+            if (auto ts = parseTimestamp(text_.units())) return wholeDay(*ts);
+            return std::nullopt;
+        case Type::Number:
+        case Type::Boolean:
+            if (!(std::fabs(number_.value) < kMaxDayNumber)) return std::nullopt;
+            return DateTime::fromDays(static_cast<int64_t>(std::floor(number_.value)));
+        case Type::Date:
+        case Type::Time:
+        case Type::Timestamp:
+            return wholeDay(dt_);
+        default:
+            return std::nullopt;
+    }
+}
+
+std::optional<DateTime> Value::tryTime() const {
+    if (isEmpty()) return std::nullopt;
+    switch (type_) {
+        case Type::Text:
+            if (auto t = parseTime(text_.units())) return t;
+            if (auto ts = parseTimestamp(text_.units())) return timeOfDay(*ts);
+            return std::nullopt;
+        case Type::Number:
+        case Type::Boolean:
+            return DateTime::fromSeconds(number_.value);
+        case Type::Date:
+            return DateTime{};
+        case Type::Time:
+            return dt_;
+        case Type::Timestamp:
+            return timeOfDay(dt_);
+        default:
+            return std::nullopt;
+    }
+}
+
+std::optional<DateTime> Value::tryTimestamp() const {
+    if (isEmpty()) return std::nullopt;
+    switch (type_) {
+        case Type::Text:
+            if (auto ts = parseTimestamp(text_.units())) return ts;
+            return parseTime(text_.units());
+        case Type::Number:
+        case Type::Boolean:
+            return DateTime::fromSeconds(number_.value);
+        case Type::Date:
+        case Type::Time:
+        case Type::Timestamp:
+            return dt_;
+        default:
+            return std::nullopt;
+    }
+}
+
+DateTime Value::asDate() const { return tryDate().value_or(DateTime{}); }
+DateTime Value::asTime() const { return tryTime().value_or(DateTime{}); }
+DateTime Value::asTimestamp() const { return tryTimestamp().value_or(DateTime{}); }
+
+bool Value::asBoolean() const {
+    const Number n = asNumber();
+    return !n.empty && n.value != 0 && !std::isnan(n.value);
+}
+
+const Binary& Value::asBinary() const {
+    static const Binary kNone;
+    return type_ == Type::Binary ? binary_ : kNone;
+}
+
+Value Value::as(Type t) const {
+    Value out;
+    switch (t) {
+        case Type::Invalid:
+            break;
+        case Type::Text:
+            out = text(asText());
+            break;
+        case Type::Number:
+            out = number(asNumber());
+            break;
+        case Type::Boolean: {
+            const Number n = asNumber();
+            out = n.empty ? emptyOf(Type::Boolean) : boolean(asBoolean());
+            break;
+        }
+        case Type::Date:
+            out = tryDate() ? date(*tryDate()) : emptyOf(t);
+            break;
+        case Type::Time:
+            out = tryTime() ? time(*tryTime()) : emptyOf(t);
+            break;
+        case Type::Timestamp:
+            out = tryTimestamp() ? timestamp(*tryTimestamp()) : emptyOf(t);
+            break;
+        case Type::Binary:
+            out = binary(asBinary());
+            break;
+    }
+    out.locale_ = locale_;
+    out.sqlTextForm_ = sqlTextForm_;
+    return out;
+}
+
+}  // namespace sim
