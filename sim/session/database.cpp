@@ -1,0 +1,117 @@
+#include "sim/session/database.h"
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "sim/session/sql_values.h"
+
+namespace sim {
+
+namespace {
+
+struct StatementFinalizer {
+    void operator()(sqlite3_stmt* st) const noexcept { sqlite3_finalize(st); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+
+bool onlyBlanksAndSemicolons(const char16_t* p, const char16_t* end) {
+    for (; p < end && *p != 0; ++p) {
+        if (*p != u' ' && *p != u'\t' && *p != u'\r' && *p != u'\n' && *p != u';') return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void Database::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
+
+Database::Database(const std::string& path, bool create) {
+    const std::string target = path.empty() ? std::string(":memory:") : path;
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX;
+    if (create || path.empty()) flags |= SQLITE_OPEN_CREATE;
+    sqlite3* raw = nullptr;
+    const int rc = sqlite3_open_v2(target.c_str(), &raw, flags, nullptr);
+    db_.reset(raw);
+    if (rc != SQLITE_OK) {
+        throw DatabaseError("cannot open database " + path + ": " +
+                            (raw ? sqlite3_errmsg(raw) : sqlite3_errstr(rc)));
+    }
+    // Opening is lazy: reading the schema is what tells a database from any other file.
+    char* message = nullptr;
+    if (sqlite3_exec(raw, "PRAGMA schema_version", nullptr, nullptr, &message) != SQLITE_OK) {
+        std::string why = message ? message : "unknown error";
+        sqlite3_free(message);
+        throw DatabaseError("cannot open database " + path + ": " + why);
+    }
+}
+
+Database::~Database() = default;
+
+void Database::runScript(const std::string& sql) {
+    std::lock_guard lock(mutex_);
+    char* message = nullptr;
+    if (sqlite3_exec(db_.get(), sql.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
+        std::string why = message ? message : sqlite3_errmsg(db_.get());
+        sqlite3_free(message);
+        throw DatabaseError(why);
+    }
+}
+
+short Database::query(std::u16string_view sql, const std::vector<Value>& params,
+                      const RowSink& sink) {
+    std::lock_guard lock(mutex_);
+    lastMessage_.clear();
+    auto fail = [&] {
+        lastMessage_ = sqlite3_errmsg(db_.get());
+        return kSqlErrorCode;
+    };
+    if (sql.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() / 2)) {
+        lastMessage_ = "query too long";
+        return kSqlErrorCode;
+    }
+    sqlite3_stmt* raw = nullptr;
+    const void* tail = nullptr;
+    const int bytes = static_cast<int>(sql.size() * sizeof(char16_t));
+    if (sqlite3_prepare16_v2(db_.get(), sql.data(), bytes, &raw, &tail) != SQLITE_OK) return fail();
+    Statement st(raw);
+    if (!st) {
+        lastMessage_ = "empty query";
+        return kSqlErrorCode;
+    }
+    if (!onlyBlanksAndSemicolons(static_cast<const char16_t*>(tail), sql.data() + sql.size())) {
+        lastMessage_ = "more than one statement";
+        return kSqlErrorCode;
+    }
+    const int markers = sqlite3_bind_parameter_count(st.get());
+    for (int i = 0; i < markers && static_cast<std::size_t>(i) < params.size(); ++i) {
+        if (bindValue(st.get(), i + 1, params[static_cast<std::size_t>(i)]) != SQLITE_OK) {
+            return fail();
+        }
+    }
+    const int columns = sqlite3_column_count(st.get());
+    std::vector<ColumnKind> kinds;
+    kinds.reserve(static_cast<std::size_t>(columns));
+    for (int c = 0; c < columns; ++c)
+        kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
+    for (;;) {
+        const int rc = sqlite3_step(st.get());
+        if (rc == SQLITE_DONE) return 0;
+        if (rc != SQLITE_ROW) return fail();
+        std::vector<Value> row;
+        row.reserve(static_cast<std::size_t>(columns));
+        for (int c = 0; c < columns; ++c) {
+            row.push_back(columnValue(st.get(), c, kinds[static_cast<std::size_t>(c)]));
+        }
+        sink(std::move(row));
+    }
+}
+
+std::string Database::lastMessage() const {
+    std::lock_guard lock(mutex_);
+    return lastMessage_;
+}
+
+}  // namespace sim

@@ -1,0 +1,55 @@
+// A file's SQLite database and the host's SQL on it: typed result values, parameters bound to
+// "?" markers, and SQLite's failures mapped to the host's SQL error code.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sim/value.h"
+
+struct sqlite3;
+
+namespace sim {
+
+// FileMaker's "Error in SQL query syntax"; every failure reported by SQLite becomes this code.
+constexpr short kSqlErrorCode = 8310;
+
+class DatabaseError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Database {
+public:
+    // An empty path gives a private in-memory database. An existing file is opened as it is;
+    // a missing one is created only when `create` is set. Throws DatabaseError (with SQLite's
+    // message) when the path cannot be opened or is not a database.
+    explicit Database(const std::string& path = {}, bool create = false);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    // Runs a script of SQL statements (a seed file). Throws DatabaseError.
+    void runScript(const std::string& sql);
+
+    using RowSink = std::function<void(std::vector<Value>&& row)>;
+    // Runs one statement with `params` bound to its markers in order; every result row goes to
+    // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
+    short query(std::u16string_view sql, const std::vector<Value>& params, const RowSink& sink);
+    std::string lastMessage() const;
+
+private:
+    struct Closer {
+        void operator()(sqlite3* db) const noexcept;
+    };
+    std::unique_ptr<sqlite3, Closer> db_;
+    mutable std::mutex mutex_;  // one statement at a time; SQLite's own lock covers the rest
+    std::string lastMessage_;
+};
+
+}  // namespace sim

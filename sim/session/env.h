@@ -1,0 +1,51 @@
+// The calculation environment behind an fmx::ExprEnv handle: which file a calculation runs in,
+// the script parameter, and the local "$" variables of the running script.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "host/fmx_types.h"
+#include "sim/session/variables.h"
+#include "sim/value.h"
+
+namespace sim {
+
+struct Env {
+    static constexpr uint32_t kMagic = 0x456e7621;  // tells a live Env from a stray pointer
+    uint32_t magic = kMagic;
+
+    std::u16string file;  // empty: the current file at the time of use
+    std::u16string scriptName;
+    Value scriptParameter;
+    // "$" variables: a script run's own set, or the file's set for calculations outside scripts
+    // (null: use the file's set).
+    std::shared_ptr<Variables> locals;
+
+    ~Env() { magic = 0; }
+
+    fmx::ExprEnv* handle() { return reinterpret_cast<fmx::ExprEnv*>(this); }
+    const fmx::ExprEnv& handleRef() const { return *reinterpret_cast<const fmx::ExprEnv*>(this); }
+};
+
+// The Env an fmx::ExprEnv handle names, or nullptr for a null or stale handle.
+Env* envOf(const void* handle) noexcept;
+
+// The environment of the plug-in function call running on this thread (what the current-env
+// callback copies), or nullptr outside one.
+const Env* currentCallEnv() noexcept;
+
+// Marks `env` as the environment of the plug-in call running on this thread for its lifetime.
+class CallEnvScope {
+public:
+    explicit CallEnvScope(const Env& env) noexcept;
+    ~CallEnvScope();
+    CallEnvScope(const CallEnvScope&) = delete;
+    CallEnvScope& operator=(const CallEnvScope&) = delete;
+
+private:
+    const Env* previous_;
+};
+
+}  // namespace sim

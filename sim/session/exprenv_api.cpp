@@ -1,0 +1,197 @@
+// The FM_ExprEnv_* functions: evaluation, Get functions, SQL and function registration as the
+// plug-in reaches them through fmx::ExprEnv.
+#include <new>
+
+#include "host/fmx_abi.h"
+#include "sim/faults.h"
+#include "sim/handles.h"
+#include "sim/session/host.h"
+#include "sim/session/host_context.h"
+#include "sim/session/sql_values.h"
+
+namespace {
+
+using sim::Env;
+using sim::Host;
+using sim::Value;
+
+// Runs `body` with the failure record set as the interface promises: code 1 for an allocation
+// failure, 2 for anything else; `fallback` is returned then (and when a fault is injected).
+template <class Body, class R = decltype(std::declval<Body>()())>
+R guarded(const char* function, fmx::_fmxcpt& x, R fallback, Body body) noexcept {
+    try {
+        if (sim::faults::shouldFail(function, x)) return fallback;
+        return body();
+    } catch (const std::bad_alloc&) {
+        x.m_code = fmx::_fmxcpt::kBadAlloc;
+    } catch (...) {
+        x.m_code = fmx::_fmxcpt::kUnknown;
+    }
+    return fallback;
+}
+
+// The file a SQL call runs on: the named one, or the calling file for an empty name.
+std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
+    const std::u16string& named = sim::textOf(filename).units();
+    if (!named.empty()) return named;
+    return sim::HostContext(Host::instance(), env).fileName();
+}
+
+Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
+    Host& host = Host::instance();
+    switch (which) {
+        case fmx::kGet_FileName:
+            return Value::text(sim::HostContext(host, env).fileName());
+        case fmx::kGet_ScriptParameter:
+            return env.scriptParameter.type() == sim::Type::Invalid ? Value::text(std::u16string())
+                                                                    : env.scriptParameter;
+        case 1026:  // ScriptName
+            return Value::text(env.scriptName);
+        case fmx::kGet_ApplicationVersion:
+        case 1090:  // HostApplicationVersion
+            return Value::text(host.applicationVersion());
+        case fmx::kGet_CurrentDate:
+            return Value::date(sim::DateTime::fromDays(host.now().days()));
+        case fmx::kGet_CurrentTime:
+            return Value::time(sim::DateTime::fromSeconds(host.now().secondsOfDay()));
+        case fmx::kGet_CurrentTimeStamp:
+            return Value::timestamp(host.now());
+        default:
+            error = sim::kInvalidGetFunction;
+            return {};
+    }
+}
+
+}  // namespace
+
+extern "C" {
+
+fmx::ExprEnv* FM_ExprEnv_Constructor1(fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_Constructor1", x, static_cast<fmx::ExprEnv*>(nullptr),
+                   [] { return (new Env)->handle(); });
+}
+
+void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
+    guarded("FM_ExprEnv_Delete", x, 0, [&] {
+        delete sim::envOf(self);
+        return 0;
+    });
+}
+
+fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, fmx::Data& result,
+                                 fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_Evaluate", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return sim::kGenericCalcError;
+        sim::calc::Result r = Host::instance().evaluate(sim::textOf(expression).units(), *env);
+        sim::setValue(result, std::move(r.value));
+        return r.error;
+    });
+}
+
+fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValue,
+                                            fmx::Data& result, fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_EvaluateGetFunction", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return sim::kGenericCalcError;
+        fmx::errcode error = 0;
+        Value v = getFunctionValue(*env, functionValue, error);
+        if (error == 0) sim::setValue(result, std::move(v));
+        return error;
+    });
+}
+
+fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expression,
+                                       const fmx::Text& filename, const fmx::DataVect& parameters,
+                                       fmx::RowVect& result, fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_ExecuteFileSQL", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return sim::kGenericCalcError;
+        auto db = Host::instance().database(sqlFile(*env, filename));
+        if (!db) return sim::kFileMissing;
+        sim::clearRows(result);
+        const short error =
+            db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                      [&](std::vector<Value>&& row) { sim::appendRow(result, std::move(row)); });
+        if (error) sim::clearRows(result);
+        return error;
+    });
+}
+
+fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Text& expression,
+                                                 const fmx::Text& filename,
+                                                 const fmx::DataVect& parameters, fmx::Data& result,
+                                                 fmx::uint16 colSep, fmx::uint16 rowSep,
+                                                 fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
+                   [&]() -> fmx::errcode {
+                       const Env* env = sim::envOf(self);
+                       if (env == nullptr) return sim::kGenericCalcError;
+                       auto db = Host::instance().database(sqlFile(*env, filename));
+                       if (!db) return sim::kFileMissing;
+                       std::u16string joined;
+                       bool firstRow = true;
+                       const short error =
+                           db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                                     [&](std::vector<Value>&& row) {
+                                         if (!firstRow)
+                                             joined.push_back(static_cast<char16_t>(rowSep));
+                                         firstRow = false;
+                                         for (std::size_t i = 0; i < row.size(); ++i) {
+                                             if (i) joined.push_back(static_cast<char16_t>(colSep));
+                                             joined += sim::sqlText(row[i]);
+                                         }
+                                     });
+                       if (error) return error;
+                       sim::setValue(result, Value::text(std::move(joined)));
+                       return 0;
+                   });
+}
+
+fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_SessionID", x, fmx::ptrtype{0},
+                   [&] { return sim::envOf(self) ? Host::kSessionId : fmx::ptrtype{0}; });
+}
+
+fmx::ptrtype FM_ExprEnv_FileID(const void* self, fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_FileID", x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return 0;
+        Host& host = Host::instance();
+        return host.fileId(sim::HostContext(host, *env).fileName());
+    });
+}
+
+fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
+    const fmx::QuadChar& /*pluginId*/, short functionId, const fmx::Text& functionName,
+    const fmx::Text& functionPrototype, const fmx::Text& functionDescription, short minArgs,
+    short maxArgs, fmx::uint32 compatibleOnFlags, fmx::ExtPluginType funcPtr,
+    fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
+        return Host::instance().registerFunction({functionId, sim::textOf(functionName).units(),
+                                                  sim::textOf(functionPrototype).units(),
+                                                  sim::textOf(functionDescription).units(), minArgs,
+                                                  maxArgs, compatibleOnFlags, funcPtr});
+    });
+}
+
+fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId*/,
+                                                 short functionId, const fmx::Text& functionName,
+                                                 const fmx::Text& functionPrototype, short minArgs,
+                                                 short maxArgs, fmx::uint32 compatibleOnFlags,
+                                                 fmx::ExtPluginType funcPtr,
+                                                 fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
+        return Host::instance().registerFunction(
+            {functionId, sim::textOf(functionName).units(), sim::textOf(functionPrototype).units(),
+             std::u16string(), minArgs, maxArgs, compatibleOnFlags, funcPtr});
+    });
+}
+
+fmx::errcode FM_ExprEnv_UnRegisterExternalFunction(const fmx::QuadChar& /*pluginId*/,
+                                                   short functionId, fmx::_fmxcpt& x) noexcept {
+    return guarded("FM_ExprEnv_UnRegisterExternalFunction", x, fmx::errcode{0},
+                   [&] { return Host::instance().unregisterFunction(functionId); });
+}
+
+}  // extern "C"

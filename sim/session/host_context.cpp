@@ -1,0 +1,65 @@
+#include "sim/session/host_context.h"
+
+#include "sim/handles.h"
+#include "sim/session/host.h"
+
+namespace sim {
+
+HostContext::HostContext(Host& host, const Env& env) : host_(host), env_(env) {
+    file_ = host.canonicalFileName(env.file.empty() ? host.currentFile() : env.file);
+    if (file_.empty()) file_ = env.file;  // a closed file: its name stays, its variables are gone
+    globals_ = host.fileGlobals(file_);
+    locals_ = env.locals ? env.locals : host.fileLocals(file_);
+}
+
+std::u16string HostContext::fileName() { return file_; }
+
+Variables* HostContext::variablesFor(std::u16string_view name) const {
+    return name.starts_with(u"$$") ? globals_.get() : locals_.get();
+}
+
+Value HostContext::variable(std::u16string_view name, int repetition) {
+    Variables* vars = variablesFor(name);
+    return vars ? vars->get(name, repetition) : Value{};
+}
+
+void HostContext::setVariable(std::u16string_view name, int repetition, Value v) {
+    if (Variables* vars = variablesFor(name)) vars->set(name, repetition, std::move(v));
+}
+
+Value HostContext::scriptParameter() { return env_.scriptParameter; }
+
+std::vector<std::u16string> HostContext::databaseNames() { return host_.databaseNames(); }
+
+std::optional<std::vector<std::u16string>> HostContext::scriptNames(std::u16string_view file) {
+    return host_.scriptNames(file.empty() ? std::u16string_view(file_) : file);
+}
+
+DateTime HostContext::now() { return host_.now(); }
+
+const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {
+    if (auto known = found_.find(name); known != found_.end()) return &known->second;
+    std::optional<RegisteredFunction> f = host_.findFunction(name);
+    if (!f) return nullptr;
+    calc::ExternalFunction entry{f->name, f->id, f->minArgs, f->maxArgs, f->function};
+    return &found_.emplace(std::u16string(name), std::move(entry)).first->second;
+}
+
+short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
+                                Value& result) {
+    if (f.function == nullptr) return kGenericCalcError;
+    DataVectHandle params = makeDataVect(args);
+    DataHandle out = makeData();
+    short error = 0;
+    try {
+        CallEnvScope scope(env_);
+        error = f.function(f.id, env_.handleRef(), *params, *out);
+    } catch (...) {
+        result = Value{};
+        return kGenericCalcError;
+    }
+    result = valueOf(*out);
+    return error;
+}
+
+}  // namespace sim

@@ -1,0 +1,45 @@
+// The calculation engine's view of the host for one evaluation in one environment.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "sim/calc/context.h"
+#include "sim/session/env.h"
+
+namespace sim {
+
+class Host;
+
+class HostContext final : public calc::Context {
+public:
+    HostContext(Host& host, const Env& env);
+
+    std::u16string fileName() override;
+    Value variable(std::u16string_view name, int repetition) override;
+    void setVariable(std::u16string_view name, int repetition, Value v) override;
+    Value scriptParameter() override;
+    std::vector<std::u16string> databaseNames() override;
+    std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) override;
+    DateTime now() override;
+    const calc::ExternalFunction* findFunction(std::u16string_view name) override;
+    // The plug-in function runs with this context's environment; a thrown exception becomes
+    // kGenericCalcError with an invalid result.
+    short callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
+                       Value& result) override;
+
+private:
+    Variables* variablesFor(std::u16string_view name) const;
+
+    Host& host_;
+    const Env& env_;
+    std::u16string file_;
+    std::shared_ptr<Variables> globals_;
+    std::shared_ptr<Variables> locals_;
+    // Functions found so far, by the name asked for: the engine keeps the pointers, and a
+    // function may be unregistered by another thread meanwhile.
+    std::map<std::u16string, calc::ExternalFunction, std::less<>> found_;
+};
+
+}  // namespace sim

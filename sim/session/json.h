@@ -1,0 +1,21 @@
+// The shell's JSON lines.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace sim::json {
+
+// A JSON string literal of UTF-8 text: quotes, backslashes and control characters escaped
+// (\r, \n, \t, \b, \f by name, the others as \u00XX); everything else, non-ASCII included,
+// kept as it is.
+std::string quote(std::string_view utf8);
+
+// {"type": T, "text": S, "error": N}
+std::string resultLine(std::string_view type, std::string_view text, int error);
+// {"script": NAME, "file": FILE, "parameter": TEXT}
+std::string scriptLine(std::string_view script, std::string_view file, std::string_view parameter);
+// {"init": RESULT}
+std::string initLine(int result);
+
+}  // namespace sim::json

@@ -1,0 +1,158 @@
+#include "sim/session/session.h"
+
+#include <atomic>
+#include <new>
+#include <thread>
+
+#include "sim/encoding.h"
+
+namespace sim {
+
+namespace {
+
+std::atomic<bool> gSessionRunning{false};
+
+ScriptRunRecord recordOf(const ScriptRun& run) {
+    return {toUtf8(run.request.script), toUtf8(run.request.file), toUtf8(run.request.parameter)};
+}
+
+}  // namespace
+
+std::string typeName(Type t) {
+    switch (t) {
+        case Type::Text:
+            return "Text";
+        case Type::Number:
+            return "Number";
+        case Type::Date:
+            return "Date";
+        case Type::Time:
+            return "Time";
+        case Type::Timestamp:
+            return "Timestamp";
+        case Type::Binary:
+            return "Container";
+        case Type::Boolean:
+            return "Boolean";
+        default:
+            return "";
+    }
+}
+
+Session::Session(SessionOptions options) : host_(Host::instance()), options_(std::move(options)) {
+    if (gSessionRunning.exchange(true)) throw SessionError("another session is running");
+    try {
+        host_.reset();
+        const std::u16string file = fromUtf8(options_.fileName);
+        try {
+            host_.openFile(file, options_.dbPath, options_.createDb);
+            if (!options_.seedSql.empty()) host_.database(file)->runScript(options_.seedSql);
+            for (const std::string& other : options_.otherFiles) host_.openFile(fromUtf8(other));
+        } catch (const DatabaseError& e) {
+            throw SessionError(e.what());
+        } catch (const std::invalid_argument& e) {
+            throw SessionError(std::string("cannot open file: ") + e.what());
+        }
+        for (const auto& [name, calc] : options_.scripts) {
+            host_.addScript(file, fromUtf8(name), fromUtf8(calc));
+        }
+        for (short id : options_.refusedIds) host_.refuseRegistration(id);
+        host_.setScriptObserver([this](const ScriptRun& run) { recordRun(run); });
+        if (!options_.pluginPath.empty()) {
+            try {
+                plugin_ = std::make_unique<Plugin>(options_.pluginPath);
+            } catch (const PluginError& e) {
+                throw SessionError(e.what());
+            }
+            initResult_ = plugin_->initialise(options_.hostVersion, host_.applicationVersion());
+        }
+    } catch (...) {
+        plugin_.reset();
+        host_.reset();
+        gSessionRunning = false;
+        throw;
+    }
+}
+
+Session::~Session() {
+    // A plug-in that refused to start gets no shutdown, as with a real host.
+    if (plugin_ && initResult_ > 0) shutdown();
+    // No pointer into the plug-in's code may outlive it.
+    host_.unregisterAll();
+    plugin_.reset();
+    host_.reset();
+    gSessionRunning = false;
+}
+
+void Session::recordRun(const ScriptRun& run) {
+    ScriptRunRecord record = recordOf(run);
+    {
+        std::lock_guard lock(runsMutex_);
+        runs_.push_back(record);
+    }
+    if (options_.onScriptRun) options_.onScriptRun(record);
+}
+
+EvalResult Session::eval(std::string_view calcUtf8) { return eval(calcUtf8, {}); }
+
+EvalResult Session::eval(std::string_view calcUtf8, std::string_view file) {
+    EvalResult out;
+    try {
+        calc::Result r = host_.evaluateTopLevel(fromUtf8(calcUtf8), fromUtf8(file));
+        out.value = std::move(r.value);
+        out.error = r.error;
+    } catch (...) {
+        // Only the host's own failures (memory) get here: plug-in exceptions are caught at
+        // the call.
+        out.value = Value{};
+        out.error = kGenericCalcError;
+    }
+    out.type = typeName(out.value.type());
+    out.text = toUtf8(out.value.asText().units());
+    return out;
+}
+
+void Session::idle(FMX_IdleLevel kind) {
+    if (plugin_) plugin_->idle(kind);
+    host_.runQueuedScripts();
+}
+
+void Session::idleFor(std::chrono::milliseconds duration, std::chrono::milliseconds interval) {
+    const auto deadline = std::chrono::steady_clock::now() + duration;
+    for (;;) {
+        idle(kFMXT_UserIdle);
+        const auto now = std::chrono::steady_clock::now();
+        if (now >= deadline) break;
+        std::this_thread::sleep_for(
+            std::min<std::chrono::steady_clock::duration>(interval, deadline - now));
+    }
+}
+
+std::size_t Session::runQueuedScripts() { return host_.runQueuedScripts(); }
+
+std::vector<ScriptRunRecord> Session::scriptRuns() const {
+    std::lock_guard lock(runsMutex_);
+    return runs_;
+}
+
+void Session::clearScriptRuns() {
+    std::lock_guard lock(runsMutex_);
+    runs_.clear();
+}
+
+StringAnswer Session::getString(FMX_Strings id, uint32_t bufferUnits) {
+    if (!plugin_) return {};
+    return plugin_->getString(id, bufferUnits);
+}
+
+void Session::preferences() {
+    if (plugin_) plugin_->preferences();
+}
+
+void Session::shutdown() {
+    if (!plugin_ || shutDown_) return;
+    shutDown_ = true;
+    plugin_->shutdown();
+}
+
+}  // namespace sim

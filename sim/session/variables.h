@@ -1,0 +1,28 @@
+// A set of calculation variables ("$" or "$$"), with repetitions. Names match ignoring case,
+// as the host's do. Safe to use from several threads.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "sim/value.h"
+
+namespace sim {
+
+class Variables {
+public:
+    // An unset variable or repetition reads as the invalid (empty) value.
+    Value get(std::u16string_view name, int repetition) const;
+    // Setting an empty value removes the repetition: an empty variable does not exist.
+    void set(std::u16string_view name, int repetition, Value v);
+    void clear();
+    bool empty() const;
+
+private:
+    mutable std::mutex mutex_;
+    std::map<std::u16string, std::map<int, Value>, std::less<>> values_;  // by lower-cased name
+};
+
+}  // namespace sim

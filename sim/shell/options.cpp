@@ -1,0 +1,121 @@
+#include "sim/shell/options.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace fmsim {
+
+const char* const kUsage =
+    "usage: fmsim [options] [-e CALC]...\n"
+    "  --plugin PATH        plug-in to load (default: Ravelin.fmx beside fmsim)\n"
+    "  --file NAME          name of the current file (default Demo)\n"
+    "  --db PATH            SQLite database holding the current file's tables (default: empty, "
+    "in memory)\n"
+    "  --seed FILE          run the SQL in FILE on the current file's database first\n"
+    "  --open NAME          another open file, listed by DatabaseNames after the current one "
+    "(repeatable)\n"
+    "  --script NAME=CALC   a script of the current file; running it evaluates CALC with "
+    "Get ( ScriptParameter ) set (repeatable)\n"
+    "  --host-version N     host version sent at initialise (default 77)\n"
+    "  --refuse ID          the host refuses to register function id ID (repeatable)\n"
+    "  --idle SECONDS       after the calculations, send safe idle calls for SECONDS and run "
+    "started scripts\n"
+    "  --json               JSON lines output\n"
+    "  -e CALC              evaluate CALC; several are evaluated in order in one session\n"
+    "  (no -e)              read calculations from standard input, one per line\n";
+
+namespace {
+
+short parseShort(const std::string& option, const std::string& text) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    auto [ptr, ec] = std::from_chars(text.data(), end, value);
+    if (ec != std::errc() || ptr != end || text.empty() ||
+        value < std::numeric_limits<short>::min() || value > std::numeric_limits<short>::max()) {
+        throw UsageError(option + " needs a whole number, not \"" + text + "\"");
+    }
+    return static_cast<short>(value);
+}
+
+double parseSeconds(const std::string& option, const std::string& text) {
+    std::size_t used = 0;
+    double value = 0;
+    try {
+        value = std::stod(text, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used == 0 || used != text.size() || !std::isfinite(value) || value < 0) {
+        throw UsageError(option + " needs a number of seconds, not \"" + text + "\"");
+    }
+    return value;
+}
+
+}  // namespace
+
+Options parseArguments(const std::vector<std::string>& args) {
+    Options o;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        std::string option = args[i];
+        std::optional<std::string> inlineValue;
+        if (option.starts_with("--")) {
+            if (auto eq = option.find('='); eq != std::string::npos) {
+                inlineValue = option.substr(eq + 1);
+                option.resize(eq);
+            }
+        }
+        auto value = [&]() -> std::string {
+            if (inlineValue) return *inlineValue;
+            if (i + 1 >= args.size()) throw UsageError(option + " needs a value");
+            return args[++i];
+        };
+        auto noValue = [&] {
+            if (inlineValue) throw UsageError(option + " takes no value");
+        };
+
+        if (option == "-e") {
+            o.calculations.push_back(value());
+        } else if (option == "--plugin") {
+            o.session.pluginPath = value();
+            if (o.session.pluginPath.empty()) throw UsageError("--plugin needs a path");
+        } else if (option == "--file") {
+            o.session.fileName = value();
+            if (o.session.fileName.empty()) throw UsageError("--file needs a name");
+        } else if (option == "--db") {
+            o.session.dbPath = value();
+            if (o.session.dbPath.empty()) throw UsageError("--db needs a path");
+        } else if (option == "--seed") {
+            o.seedPath = value();
+        } else if (option == "--open") {
+            std::string name = value();
+            if (name.empty()) throw UsageError("--open needs a file name");
+            o.session.otherFiles.push_back(name);
+        } else if (option == "--script") {
+            const std::string spec = value();
+            const auto eq = spec.find('=');
+            if (eq == std::string::npos || eq == 0) {
+                throw UsageError("--script needs NAME=CALC, not \"" + spec + "\"");
+            }
+            o.session.scripts.emplace_back(spec.substr(0, eq), spec.substr(eq + 1));
+        } else if (option == "--host-version") {
+            o.session.hostVersion = parseShort(option, value());
+        } else if (option == "--refuse") {
+            o.session.refusedIds.push_back(parseShort(option, value()));
+        } else if (option == "--idle") {
+            o.idleSeconds = parseSeconds(option, value());
+        } else if (option == "--json") {
+            noValue();
+            o.json = true;
+        } else if (option == "--help" || option == "-h") {
+            noValue();
+            o.help = true;
+        } else {
+            throw UsageError("unknown option " + option);
+        }
+    }
+    return o;
+}
+
+}  // namespace fmsim

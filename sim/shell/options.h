@@ -1,0 +1,31 @@
+// fmsim's command line.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "sim/session/session.h"
+
+namespace fmsim {
+
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Options {
+    sim::SessionOptions session;  // pluginPath empty: the default beside the executable
+    std::string seedPath;
+    std::vector<std::string> calculations;  // -e, in order
+    double idleSeconds = 0;
+    bool json = false;
+    bool help = false;
+};
+
+// Throws UsageError with a one-line message.
+Options parseArguments(const std::vector<std::string>& args);
+
+extern const char* const kUsage;
+
+}  // namespace fmsim
