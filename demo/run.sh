@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# The demo: runs demo/calculations.txt through fmsim in one session over a file seeded from
+# demo/seed.sql with two scripts, and prints a table of labels and results.
+#   bash demo/run.sh [BUILD_DIR]     (default: build; FMSIM=path overrides the shell)
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+build=${1:-$here/../build}
+fmsim=${FMSIM:-$build/fmsim}
+if [ ! -x "$fmsim" ]; then
+  echo "demo/run.sh: no fmsim at $fmsim (build first, or pass the build directory)" >&2
+  exit 2
+fi
+
+scripts=(
+  --script 'Greet=Let ( $$greeted = $$greeted + 1 ; "Hello, " & Get ( ScriptParameter ) )'
+  --script 'Report=Ravelin_ExecuteSQL ( "SELECT COUNT ( * ) FROM Contacts" )'
+)
+
+labels=()
+calcs=()
+while IFS= read -r line || [ -n "$line" ]; do
+  case "$line" in '' | '#'*) continue ;; esac
+  labels+=("${line%% | *}")
+  calcs+=(-e "${line#* | }")
+done <"$here/calculations.txt"
+
+# One JSON object per line; each becomes "kind US text US error" (US: the unit separator,
+# which read does not merge), with returns shown as ¶.
+decode='
+  sub unescape {
+    my $s = shift;
+    $s =~ s/\\(["\\\/bfnrt]|u([0-9a-fA-F]{4}))/
+      $1 eq "r" || $1 eq "n" ? "\x{b6}" : $1 eq "t" ? " " : $1 eq "b" || $1 eq "f" ? "" :
+      defined $2 ? chr(hex $2) : $1/ge;
+    return $s;
+  }
+  binmode STDOUT, ":utf8";
+  while (<STDIN>) {
+    utf8::decode($_);
+    if (/^\{"type": "(.*?)", "text": "((?:[^"\\]|\\.)*)", "error": (-?\d+)\}$/) {
+      print "result\x1f", unescape($2), "\x1f$3\n";
+    } elsif (/^\{"script": "((?:[^"\\]|\\.)*)", "file": "((?:[^"\\]|\\.)*)", "parameter": "((?:[^"\\]|\\.)*)"\}$/) {
+      print "script\x1f", unescape($1), " in ", unescape($2), ", parameter \"", unescape($3), "\"\x1f0\n";
+    } else {
+      chomp; print "other\x1f$_\x1f0\n";
+    }
+  }'
+
+width=0
+for label in "${labels[@]}"; do [ ${#label} -gt $width ] && width=${#label}; done
+
+printf '%-*s  %s\n' "$width" "Calculation" "Result"
+printf '%-*s  %s\n' "$width" "$(printf '%*s' "$width" '' | tr ' ' '-')" "------"
+i=0
+"$fmsim" --json --seed "$here/seed.sql" "${scripts[@]}" --idle 0.5 "${calcs[@]}" |
+  perl -e "$decode" |
+  while IFS=$'\x1f' read -r kind text error; do
+    case "$kind" in
+      result)
+        [ "$error" != 0 ] && text="? (error $error)"
+        printf '%-*s  %s\n' "$width" "${labels[$i]}" "$text"
+        i=$((i + 1))
+        ;;
+      script) printf '%-*s  %s\n' "$width" "  (script run)" "$text" ;;
+      *) printf '%-*s  %s\n' "$width" "" "$text" ;;
+    esac
+  done

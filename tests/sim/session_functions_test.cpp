@@ -1,0 +1,147 @@
+// Plug-in functions in the host: registration, argument counts, errors and exceptions coming
+// back from a function, and calls back into the host from inside one.
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+
+#include "session_test_support.h"
+#include "sim/session/callbacks.h"
+
+using namespace session_test;
+
+namespace {
+
+fmx::errcode countArgs(short, const fmx::ExprEnv&, const fmx::DataVect& args, fmx::Data& result) {
+    sim::setValue(result, sim::Value::number(static_cast<double>(sim::valuesOf(args).size())));
+    return 0;
+}
+
+fmx::errcode throwStd(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::Data&) {
+    throw std::runtime_error("escaped");
+}
+
+fmx::errcode throwOther(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::Data&) { throw 42; }
+
+fmx::errcode fail1552(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::Data&) { return 1552; }
+
+// Evaluates its first argument in the caller's environment.
+fmx::errcode evaluateArg(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                         fmx::Data& result) {
+    auto expression = makeText(sim::valuesOf(args).at(0).asText().units());
+    return env.Evaluate(*expression, result);
+}
+
+// Evaluates Get ( FileName ) in an environment filled by the current-environment callback.
+fmx::errcode fileThroughCurrentEnv(short, const fmx::ExprEnv&, const fmx::DataVect&,
+                                   fmx::Data& result) {
+    fmx::ExprEnvUniquePtr own;
+    if (sim::currentEnvCallback(own.get()) != 0) return -1;
+    return own->Evaluate(*makeText(u"Get ( FileName )"), result);
+}
+
+class FunctionsTest : public ::testing::Test {
+protected:
+    sim::Session session{noPlugin()};
+};
+
+TEST_F(FunctionsTest, RegistrationAnswers) {
+    session.host().refuseRegistration(7);
+    ASSERT_EQ(registerFunction(1, u"Fake_Count", 0, -1, countArgs), 0);
+    struct Case {
+        const char* what;
+        short id;
+        std::u16string name;
+        fmx::ExtPluginType f;
+        short expected;
+    };
+    const Case cases[] = {
+        {"same id", 1, u"Fake_Other", countArgs, sim::kAlreadyRegistered},
+        {"same name in other case", 2, u"FAKE_COUNT", countArgs, sim::kAlreadyRegistered},
+        {"refused id", 7, u"Fake_Refused", countArgs, sim::kRefusedRegistration},
+        {"no function", 3, u"Fake_Null", nullptr, sim::kRefusedRegistration},
+        {"empty name", 4, u"", countArgs, sim::kRefusedRegistration},
+        {"new id and name", 5, u"Fake_Five", countArgs, 0},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(registerFunction(c.id, c.name, 0, -1, c.f), c.expected) << c.what;
+    }
+    EXPECT_EQ(session.host().functions().size(), 2u);
+}
+
+TEST_F(FunctionsTest, UnregisteredFunctionIsGoneAndUnknownIdIsHarmless) {
+    ASSERT_EQ(registerFunction(1, u"Fake_Count", 0, -1, countArgs), 0);
+    EXPECT_EQ(session.eval("Fake_Count ( 1 ; 2 )").text, "2");
+    EXPECT_EQ(unregisterFunction(1), 0);
+    EXPECT_NE(session.eval("Fake_Count ( 1 ; 2 )").error, 0);
+    EXPECT_EQ(unregisterFunction(1), sim::kFunctionMissing);
+    EXPECT_EQ(unregisterFunction(16), sim::kFunctionMissing);
+    EXPECT_EQ(registerFunction(1, u"Fake_Count", 0, -1, countArgs), 0);
+}
+
+TEST_F(FunctionsTest, ArgumentCountsAreEnforcedByTheHost) {
+    ASSERT_EQ(registerFunction(1, u"Fake_OneOrTwo", 1, 2, countArgs), 0);
+    ASSERT_EQ(registerFunction(2, u"Fake_Any", 0, -1, countArgs), 0);
+    struct Case {
+        const char* calc;
+        short error;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"Fake_OneOrTwo ( 1 )", 0, "1"},
+        {"Fake_OneOrTwo ( 1 ; 2 )", 0, "2"},
+        {"Fake_OneOrTwo ( 1 ; 2 ; 3 )", 1202, ""},
+        {"Fake_OneOrTwo", 1201, ""},
+        {"Fake_Any", 0, "0"},
+        {"fake_any ( 1 ; 2 ; 3 ; 4 )", 0, "4"},
+    };
+    for (const Case& c : cases) {
+        sim::EvalResult r = session.eval(c.calc);
+        EXPECT_EQ(r.error, c.error) << c.calc;
+        if (c.error == 0) EXPECT_EQ(r.text, c.text) << c.calc;
+    }
+}
+
+TEST_F(FunctionsTest, FunctionErrorsAndEscapingExceptionsBecomeEvaluationErrors) {
+    ASSERT_EQ(registerFunction(1, u"Fake_ThrowStd", 0, -1, throwStd), 0);
+    ASSERT_EQ(registerFunction(2, u"Fake_ThrowOther", 0, -1, throwOther), 0);
+    ASSERT_EQ(registerFunction(3, u"Fake_Fail", 0, -1, fail1552), 0);
+    EXPECT_EQ(session.eval("Fake_ThrowStd").error, sim::kGenericCalcError);
+    EXPECT_EQ(session.eval("Fake_ThrowOther ( 1 )").error, sim::kGenericCalcError);
+    EXPECT_EQ(session.eval("Fake_Fail").error, 1552);
+    // The host goes on working afterwards.
+    EXPECT_EQ(session.eval("1 + 1").text, "2");
+}
+
+TEST_F(FunctionsTest, NestedEvaluationSharesTheCallersVariablesAndFile) {
+    session.host().openFile(u"Other");
+    ASSERT_EQ(registerFunction(1, u"Fake_Eval", 1, 1, evaluateArg), 0);
+    ASSERT_EQ(registerFunction(2, u"Fake_File", 0, 0, fileThroughCurrentEnv), 0);
+    EXPECT_EQ(session.eval("Let ( $x = 5 ; Fake_Eval ( \"$x * 2\" ) )").text, "10");
+    EXPECT_EQ(session.eval("Fake_Eval ( \"Let ( $$set = 7 ; 1 )\" ) & $$set").text, "17");
+    EXPECT_EQ(session.eval("Fake_Eval ( \"Get ( FileName )\" )", "Other").text, "Other");
+    EXPECT_EQ(session.eval("Fake_Eval ( \"1 +\" )").error != 0, true);
+    EXPECT_EQ(session.eval("Fake_File", "Other").text, "Other");
+    EXPECT_EQ(session.eval("Fake_File").text, "Demo");
+}
+
+TEST_F(FunctionsTest, ConcurrentEvaluationsWithCallbacks) {
+    ASSERT_EQ(registerFunction(1, u"Fake_Eval", 1, 1, evaluateArg), 0);
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 50;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            const std::string var = "$$t" + std::to_string(t);
+            for (int i = 0; i < kRounds; ++i) {
+                session.eval("Fake_Eval ( \"Let ( " + var + " = " + var + " + 1 ; 0 )\" )");
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    for (int t = 0; t < kThreads; ++t) {
+        EXPECT_EQ(session.eval("$$t" + std::to_string(t)).text, std::to_string(kRounds));
+    }
+}
+
+}  // namespace

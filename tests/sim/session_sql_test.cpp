@@ -1,0 +1,137 @@
+// SQL on a file's database through the ExprEnv interface: typed values, their SQL text forms,
+// parameters, and the error codes.
+#include <gtest/gtest.h>
+
+#include "session_test_support.h"
+#include "sim/session/env.h"
+
+using namespace session_test;
+
+namespace {
+
+constexpr char kSeed[] = R"(
+CREATE TABLE t (i INTEGER, r REAL, s TEXT, d DATE, tm TIME, ts TIMESTAMP, b BLOB, n TEXT,
+                bad DATE);
+INSERT INTO t VALUES (42, 2.5, 'héllo 😀', '2024-01-31', '13:05:00', '2024-01-31 13:05:00',
+                      x'0102', NULL, 'not a date');
+CREATE TABLE pairs (k INTEGER, v TEXT);
+INSERT INTO pairs VALUES (1, 'a'), (2, 'b, c');
+)";
+
+struct SqlResult {
+    short error = 0;
+    std::vector<std::vector<sim::Value>> rows;
+};
+
+class SqlTest : public ::testing::Test {
+protected:
+    sim::SessionOptions options() {
+        sim::SessionOptions o = noPlugin();
+        o.seedSql = kSeed;
+        o.otherFiles = {"Other"};
+        return o;
+    }
+
+    SqlResult query(std::u16string_view sql, std::u16string_view file = u"",
+                    const std::vector<sim::Value>& params = {}) {
+        fmx::RowVectUniquePtr rows;
+        sim::DataVectHandle parameters = sim::makeDataVect(params);
+        SqlResult out;
+        out.error =
+            env.handleRef().ExecuteFileSQL(*makeText(sql), *makeText(file), *parameters, *rows);
+        for (fmx::uint32 i = 0; i < rows->Size(); ++i)
+            out.rows.push_back(sim::valuesOf(rows->At(i)));
+        return out;
+    }
+
+    std::pair<short, std::string> textQuery(std::u16string_view sql, char16_t col, char16_t row) {
+        fmx::DataUniquePtr result;
+        sim::DataVectHandle none = sim::makeDataVect({});
+        const short error = env.handleRef().ExecuteFileSQLTextResult(*makeText(sql), *makeText(u""),
+                                                                     *none, *result, col, row);
+        return {error, sim::toUtf8(sim::valueOf(*result).asText().units())};
+    }
+
+    sim::Session session{options()};
+    sim::Env env;  // outside any script, in the current file
+};
+
+TEST_F(SqlTest, ColumnsComeBackTypedWithSqlTextForms) {
+    const SqlResult r = query(u"SELECT i, r, s, d, tm, ts, b, n, bad FROM t");
+    ASSERT_EQ(r.error, 0);
+    ASSERT_EQ(r.rows.size(), 1u);
+    struct Case {
+        sim::Type type;
+        std::u16string text;
+    };
+    const Case expected[] = {
+        {sim::Type::Number, u"42"},       {sim::Type::Number, u"2.5"},
+        {sim::Type::Text, u"héllo 😀"},    {sim::Type::Date, u"2024-01-31"},
+        {sim::Type::Time, u"13:05:00"},   {sim::Type::Timestamp, u"2024-01-31 13:05:00"},
+        {sim::Type::Binary, u""},         {sim::Type::Text, u""},
+        {sim::Type::Text, u"not a date"},
+    };
+    ASSERT_EQ(r.rows[0].size(), std::size(expected));
+    for (std::size_t c = 0; c < std::size(expected); ++c) {
+        const sim::Value& v = r.rows[0][c];
+        EXPECT_EQ(v.type(), expected[c].type) << "column " << c;
+        if (v.type() != sim::Type::Binary) {
+            EXPECT_EQ(v.asText().units(), expected[c].text) << "column " << c;
+        }
+    }
+    EXPECT_EQ(r.rows[0][3].asDate(), sim::DateTime::fromYmd(2024, 1, 31));
+    EXPECT_EQ(r.rows[0][6].asBinary().streams.at(0).bytes, std::string("\x01\x02", 2));
+}
+
+TEST_F(SqlTest, ErrorsMapToTheHostsCodes) {
+    struct Case {
+        std::u16string sql, file;
+        short error;
+    };
+    const Case cases[] = {
+        {u"SELEC 1", u"", sim::kSqlErrorCode},
+        {u"SELECT * FROM missing", u"", sim::kSqlErrorCode},
+        {u"SELECT nope FROM t", u"", sim::kSqlErrorCode},
+        {u"SELECT 1; SELECT 2", u"", sim::kSqlErrorCode},
+        {u"", u"", sim::kSqlErrorCode},
+        {u"SELECT 1", u"Nowhere", sim::kFileMissing},
+        {u"SELECT * FROM t", u"Other", sim::kSqlErrorCode},  // each file has its own tables
+        {u"SELECT 1;", u"Other", 0},
+    };
+    for (const Case& c : cases) {
+        const SqlResult r = query(c.sql, c.file);
+        EXPECT_EQ(r.error, c.error) << sim::toUtf8(c.sql);
+        if (c.error) EXPECT_TRUE(r.rows.empty());
+    }
+}
+
+TEST_F(SqlTest, ParametersAreBoundInOrder) {
+    const std::vector<sim::Value> params = {sim::Value::number(41), sim::Value::text(u"x"),
+                                            sim::Value::date(sim::DateTime::fromYmd(2024, 2, 29)),
+                                            sim::Value()};
+    const SqlResult r = query(u"SELECT ? + 1, ?, ?, ? IS NULL", u"", params);
+    ASSERT_EQ(r.error, 0);
+    ASSERT_EQ(r.rows.size(), 1u);
+    EXPECT_EQ(r.rows[0][0].asText().units(), u"42");
+    EXPECT_EQ(r.rows[0][1].asText().units(), u"x");
+    EXPECT_EQ(r.rows[0][2].asText().units(), u"2024-02-29");
+    EXPECT_EQ(r.rows[0][3].asText().units(), u"1");
+    EXPECT_EQ(query(u"SELECT v FROM pairs WHERE k = ?", u"", {sim::Value::number(2)})
+                  .rows.at(0)
+                  .at(0)
+                  .asText()
+                  .units(),
+              u"b, c");
+}
+
+TEST_F(SqlTest, TextResultJoinsWithTheSeparators) {
+    EXPECT_EQ(textQuery(u"SELECT k, v FROM pairs ORDER BY k", u',', u'\r'),
+              std::make_pair(short{0}, std::string("1,a\r2,b, c")));
+    EXPECT_EQ(textQuery(u"SELECT d, ts, r FROM t", u'\t', u'\r'),
+              std::make_pair(short{0}, std::string("2024-01-31\t2024-01-31 13:05:00\t2.5")));
+    EXPECT_EQ(textQuery(u"SELECT k FROM pairs WHERE k > 5", u',', u'\r'),
+              std::make_pair(short{0}, std::string()));
+    EXPECT_EQ(textQuery(u"SELECT", u',', u'\r').first, sim::kSqlErrorCode);
+}
+
+}  // namespace
