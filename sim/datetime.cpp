@@ -2,6 +2,7 @@
 // text forms.
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <string>
 
 #include "sim/decimal.h"
@@ -210,6 +211,16 @@ double DateTime::secondsOfDay() const {
 
 void DateTime::ymd(int& year, int& month, int& day) const {
     civilFromDays(days() - kUnixEpochDay, year, month, day);
+}
+
+DateTime localNow() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    const DateTime day = DateTime::fromYmd(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
+    const int64_t seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+    return DateTime{day.usec + seconds * kUsecPerSecond + now.tv_nsec / 1000};
 }
 
 // --- Text forms -------------------------------------------------------------------------------

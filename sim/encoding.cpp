@@ -150,6 +150,8 @@ bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
 
 }  // namespace
 
+bool isSingleByte(int32_t encoding) { return encoding >= 2 && encoding <= 5; }
+
 std::u16string fromUtf8(std::string_view s) {
     std::u16string out;
     out.reserve(s.size());

@@ -16,6 +16,9 @@ std::u16string decode(std::string_view bytes, int32_t encoding);
 // become U+FFFD.
 std::string encode(std::u16string_view units, int32_t encoding);
 
+// True for the single-byte code pages (2 to 5); every other encoding is UTF-8 here.
+bool isSingleByte(int32_t encoding);
+
 std::u16string fromUtf8(std::string_view s);
 std::string toUtf8(std::u16string_view s);
 

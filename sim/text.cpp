@@ -206,6 +206,14 @@ void Text::erase(uint32_t pos, uint32_t len) {
     eraseSpans(paras_, before, pos, len);
 }
 
+void Text::replaceUnits(std::u16string units) {
+    if (units.size() != units_.size()) {
+        assign(std::move(units));
+        return;
+    }
+    units_ = std::move(units);
+}
+
 CharStyle Text::styleAt(uint32_t pos) const {
     if (empty()) return CharStyle{};
     return valueAt(runs_, std::min(pos, size() - 1));

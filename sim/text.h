@@ -49,6 +49,9 @@ public:
     void append(std::u16string_view plain);  // appended with no style
     void insert(const Text& other, uint32_t pos);
     void erase(uint32_t pos, uint32_t len);
+    // Replaces the units with as many others, keeping styles and alignment (case mapping); units
+    // of another length replace the text as assign() does.
+    void replaceUnits(std::u16string units);
 
     // Character styles. styleAt of a position at or past the end gives the last style (or the
     // all-disabled style for an empty text); runEnd is the first position with another style.

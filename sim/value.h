@@ -52,6 +52,9 @@ struct DateTime {
     friend bool operator==(const DateTime&, const DateTime&) = default;
 };
 
+// The current local date and time (the system's time zone), with microseconds.
+DateTime localNow();
+
 // Host text forms (en-US, the only locale this host formats): "1/31/2024", "1:05:00 PM",
 // "1/31/2024 1:05:00 PM"; fractions of a second are printed when present (".5").
 std::u16string formatDate(const DateTime& d);
