@@ -1,4 +1,6 @@
 // The plug-in's only exported symbol: the host calls it for every lifecycle event.
+#include "frame/entry.h"
+
 #include <algorithm>
 #include <vector>
 
@@ -6,8 +8,6 @@
 #include "frame/plugin_state.h"
 #include "frame/registry.h"
 #include "frame/strings.h"
-
-extern "C" __attribute__((visibility("default"))) void FMExternCallProc(FMX_ExternCallPtr pb);
 
 namespace {
 
