@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# One entry point for building Ravelin on Debian 12: installs what is missing, configures and
+# builds, then runs the demo, the tests or the benchmarks.
+#   tools/dev.sh demo    build and run the demo in fmsim
+#   tools/dev.sh test    build and run every test, plain and under the sanitizers
+#   tools/dev.sh bench   build and run the benchmarks
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+jobs=$(nproc 2>/dev/null || echo 2)
+packages=(g++ cmake make binutils libicu-dev libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev)
+
+install_missing() {
+  local missing=()
+  for p in "${packages[@]}" "$@"; do
+    dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
+  done
+  if [ ${#missing[@]} -gt 0 ]; then
+    echo "Installing: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get update -qq
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  fi
+}
+
+build() {  # build DIR [cmake options...]
+  local dir=$1; shift
+  cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake --build "$dir" -j "$jobs"
+}
+
+run_tests() {  # run_tests DIR
+  (cd "$1" && ctest --output-on-failure -j "$jobs" --timeout 300)
+}
+
+case "${1:-}" in
+  demo)
+    install_missing
+    build "$root/build"
+    bash "$root/demo/run.sh" "$root/build"
+    ;;
+  test)
+    install_missing
+    build "$root/build"
+    run_tests "$root/build"
+    build "$root/build-asan" -DRAVELIN_SANITIZE=address,undefined
+    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
+    build "$root/build-tsan" -DRAVELIN_SANITIZE=thread
+    TSAN_OPTIONS=halt_on_error=1 run_tests "$root/build-tsan"
+    ;;
+  bench)
+    install_missing sqlite3
+    build "$root/build-bench" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF
+    cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
+    (cd "$root/build-bench" && ./ravelin_bench "${@:2}")
+    ;;
+  *)
+    echo "usage: tools/dev.sh demo|test|bench" >&2
+    exit 2
+    ;;
+esac
