@@ -67,12 +67,10 @@ void answerStringRequest(FMX_Strings which, fmx::unichar16* buffer, fmx::uint32 
             std::copy(scratch.begin(), scratch.end(), buffer);
             break;
         }
-        case kFMXT_OptionsStr: {
+        case kFMXT_OptionsStr:
             // Twelve units: the eleven letters and the terminating zero.
-            const std::size_t units = std::min<std::size_t>(sizeof kOptionString, size);
-            std::copy_n(kOptionString, units, buffer);
+            copyToHostBuffer(kOptionString, buffer, size);
             break;
-        }
         default:
             break;
     }

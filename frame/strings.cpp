@@ -26,7 +26,11 @@ std::u16string pluginString(int kind) {
 
 void ReadString(fmx::unichar16* buffer, fmx::uint32 size, int kind) {
     const std::u16string text = pluginString(kind);
-    if (text.empty() || size == 0) return;
+    if (!text.empty()) copyToHostBuffer(text, buffer, size);
+}
+
+void copyToHostBuffer(std::u16string_view text, fmx::unichar16* buffer, fmx::uint32 size) {
+    if (size == 0) return;
     const std::size_t units = std::min<std::size_t>(text.size(), size - 1);
     std::copy_n(text.begin(), units, buffer);
     buffer[units] = 0;

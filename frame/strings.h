@@ -2,12 +2,13 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "host/fmx_types.h"
 
 inline constexpr char kPluginVersion[] = "3.0.3";
 // Identifier "RVLX", '1', then the option letters in the host's order.
-inline constexpr char kOptionString[] = "RVLX1YnYYnn";
+inline constexpr char16_t kOptionString[] = u"RVLX1YnYYnn";
 
 enum PluginStringKind { kPluginName = 1, kPluginDescription = 2 };
 
@@ -15,6 +16,10 @@ enum PluginStringKind { kPluginName = 1, kPluginDescription = 2 };
 // the letter n, as two plain characters (the host shows them as they stand). Other kinds: empty.
 std::u16string pluginString(int kind);
 
-// Copies the string of `kind` into `buffer` with its terminating zero. Never writes more than
-// `size` units: a longer string is cut to fit; a size of 0 or an unknown kind writes nothing.
+// Copies the string of `kind` into `buffer` as copyToHostBuffer does; an unknown kind writes
+// nothing.
 void ReadString(fmx::unichar16* buffer, fmx::uint32 size, int kind);
+
+// Copies `text` with its terminating zero into a buffer of `size` units. Never writes more than
+// `size` units: a longer text is cut to fit (still terminated); a size of 0 writes nothing.
+void copyToHostBuffer(std::u16string_view text, fmx::unichar16* buffer, fmx::uint32 size);
