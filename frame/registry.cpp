@@ -88,8 +88,9 @@ fmx::errcode UnRegisterExternalFunction(short id) {
 bool RegisterExternalFunctions() {
     for (std::size_t i = 0; i < std::size(kTable); ++i) {
         const FunctionRow& row = kTable[i];
-        if (RegisterExternalFunction(row.id, row.minArgs, row.maxArgs, row.flags, row.function) !=
-            0) {
+        const fmx::errcode err =
+            RegisterExternalFunction(row.id, row.minArgs, row.maxArgs, row.flags, row.function);
+        if (err != 0) {
             while (i-- > 0) UnRegisterExternalFunction(kTable[i].id);
             return false;
         }
