@@ -1,0 +1,340 @@
+// The host's C interface as a plug-in sees it, through the fmx wrappers.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "host/fmx.h"
+#include "sim/faults.h"
+
+namespace {
+
+using fmx::_fmxcpt;
+
+struct FaultsCleared : ::testing::Test {
+    void TearDown() override { sim::faults::clear(); }
+};
+
+fmx::TextUniquePtr textOf(const char* utf8) {
+    fmx::TextUniquePtr t;
+    t->Assign(utf8, fmx::kEncoding_UTF8);
+    return t;
+}
+
+std::string bytesOf(const fmx::Text& t, fmx::int32 encoding = fmx::kEncoding_UTF8) {
+    std::string buf(t.GetSize() * 4 + 1, '\0');
+    t.GetBytes(buf.data(), static_cast<fmx::uint32>(buf.size()), 0, fmx::kSize_End, encoding);
+    return buf.c_str();
+}
+
+TEST(Abi, ParameterBlockLayout) {
+    EXPECT_EQ(sizeof(FMX_ExternCallStruct), 74u);
+    EXPECT_EQ(offsetof(FMX_ExternCallStruct, unusedID), 2u);
+    EXPECT_EQ(offsetof(FMX_ExternCallStruct, unsafeCalls), 16u);
+    EXPECT_EQ(offsetof(FMX_ExternCallStruct, instanceID), 34u);
+    EXPECT_EQ(offsetof(FMX_ExternCallStruct, unused), 50u);
+}
+
+TEST(Abi, AssignAndGetBytesByEncoding) {
+    struct Case {
+        fmx::int32 encoding;
+        std::string bytes;
+        std::u16string units;
+    };
+    const Case cases[] = {
+        {fmx::kEncoding_Native, "caf\xC3\xA9 \xF0\x9F\x98\x80", u"café \U0001F600"},
+        {fmx::kEncoding_ASCII_Mac, "caf\x8E \xDB", u"café €"},
+        {fmx::kEncoding_ASCII_Windows, "\x80 \xE9", u"€ é"},
+        {57, "\xC3\xA9", u"é"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.encoding);
+        fmx::TextUniquePtr t;
+        t->Assign(c.bytes.c_str(), c.encoding);
+        ASSERT_EQ(t->GetSize(), c.units.size());
+        std::u16string units(c.units.size(), u'\0');
+        t->GetUnicode(reinterpret_cast<fmx::uint16*>(units.data()), 0, t->GetSize());
+        EXPECT_EQ(units, c.units);
+        EXPECT_EQ(bytesOf(*t, c.encoding), c.bytes);
+    }
+}
+
+TEST(Abi, GetBytesNeverSplitsACharacter) {
+    auto t = textOf("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");  // a é € 😀: 1+2+3+4 bytes
+    struct Case {
+        fmx::uint32 buffersize;
+        std::string expected;
+    };
+    const Case cases[] = {{1, ""},
+                          {2, "a"},
+                          {3, "a"},
+                          {4, "a\xC3\xA9"},
+                          {6, "a\xC3\xA9"},
+                          {7, "a\xC3\xA9\xE2\x82\xAC"},
+                          {10, "a\xC3\xA9\xE2\x82\xAC"},
+                          {11, "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.buffersize);
+        std::string buf(16, 'Z');
+        t->GetBytes(buf.data(), c.buffersize, 0, fmx::kSize_End, fmx::kEncoding_UTF8);
+        EXPECT_EQ(std::string(buf.c_str()), c.expected);
+        EXPECT_EQ(buf[c.expected.size() + 1], 'Z');  // nothing written past the terminator
+    }
+    std::string untouched(4, 'Z');
+    t->GetBytes(untouched.data(), 0);
+    EXPECT_EQ(untouched, "ZZZZ");
+
+    EXPECT_EQ(t->GetBytesEx(nullptr, 0), 10u);
+    char buf[8] = {};
+    EXPECT_EQ(t->GetBytesEx(buf, 8, 1, 2), 5u);  // é € from position 1, no terminator
+    EXPECT_EQ(std::string(buf, 5), "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(t->GetBytesEx(buf, 8, 3, fmx::kSize_End), 4u);  // the pair from its first unit
+}
+
+TEST(Abi, WideAndUnicodeAssignment) {
+    fmx::TextUniquePtr t;
+    t->AssignWide(L"x\U0001F600");
+    EXPECT_EQ(t->GetSize(), 3u);
+    fmx::uint16 units[4] = {};
+    t->GetUnicode(units, 1, 99);  // clamped to the text
+    EXPECT_EQ(units[0], 0xD83D);
+    EXPECT_EQ(units[1], 0xDE00);
+    EXPECT_EQ(units[2], 0);
+    const fmx::uint16 abc[] = {'a', 'b', 'c', 0};
+    t->AssignUnicodeWithLength(abc, 2);
+    EXPECT_EQ(bytesOf(*t), "ab");
+}
+
+TEST(Abi, EditingAndSearching) {
+    auto t = textOf("Hello World");
+    auto other = textOf("o");
+    EXPECT_EQ(t->Find(*other, 5), 7u);
+    EXPECT_EQ(t->Find(*textOf("x"), 0), fmx::kSize_Invalid);
+    EXPECT_EQ(t->FindIgnoringCase(*textOf("WORLD"), 0), 6u);
+    EXPECT_EQ(t->FindPrev(*other, 6), 4u);
+
+    fmx::TextUniquePtr copy;
+    copy->SetText(*t, 6, fmx::kSize_End);
+    copy->AppendText(*t, 0, 5);
+    copy->InsertText(*textOf(", "), 5);
+    copy->DeleteText(0, 1);
+    EXPECT_EQ(bytesOf(*copy), "orld, Hello");
+    copy->Uppercase();
+    EXPECT_EQ(bytesOf(*copy), "ORLD, HELLO");
+    EXPECT_TRUE(*copy == *textOf("ORLD, HELLO"));
+    EXPECT_TRUE(*copy < *textOf("ORLD, HELLOx"));
+}
+
+TEST(Abi, CharacterStyles) {
+    fmx::ColorUniquePtr red(255, 0, 0);
+    fmx::CharacterStyleUniquePtr style(7, fmx::kFace_Bold | fmx::kFace_Italic, 14, *red);
+    EXPECT_TRUE(style->IsFontEnabled());
+    EXPECT_TRUE(style->IsSizeEnabled());
+    EXPECT_TRUE(style->IsColorEnabled());
+    EXPECT_TRUE(style->IsFaceEnabled(fmx::kFace_Bold));
+    EXPECT_FALSE(style->IsFaceEnabled(fmx::kFace_Underline));
+    EXPECT_EQ(style->GetColor().GetRed(), 255);
+
+    auto t = textOf("plain styled");
+    fmx::CharacterStyleUniquePtr read;
+    t->GetStyle(*read, 0);
+    EXPECT_TRUE(read->IsAllDisabled());
+
+    t->SetStyle(*style, 6, fmx::kSize_End);
+    t->GetStyle(*read, 8);
+    EXPECT_TRUE(*read == *style);
+    read->DisableColor();
+    EXPECT_TRUE(*read != *style);
+    t->GetStyle(*read, 2);
+    EXPECT_TRUE(read->IsAllDisabled());
+
+    fmx::TextUniquePtr slice;
+    slice->SetText(*t, 6, 3);
+    slice->GetStyle(*read, 0);
+    EXPECT_EQ(read->GetSize(), 14);
+    t->Assign("reset");
+    t->GetStyle(*read, 0);
+    EXPECT_TRUE(read->IsAllDisabled());
+
+    EXPECT_EQ(fmx::Color::Black().GetAlpha(), 255);
+    EXPECT_EQ(fmx::Color::White().GetBlue(), 255);
+    EXPECT_EQ(FM_Color_White(), FM_Color_White());
+}
+
+TEST(Abi, DataSetAndGet) {
+    fmx::DataUniquePtr d;
+    fmx::LocaleUniquePtr locale;
+    d->SetAsText(*textOf("2024-01-31"), *locale, fmx::kDTDate);
+    EXPECT_EQ(d->GetNativeType(), fmx::kDTDate);
+    EXPECT_EQ(bytesOf(d->GetAsText()), "1/31/2024");
+    EXPECT_EQ(d->GetAsDate().GetDaysSinceEpoch(), 738916);
+
+    fmx::FixPtUniquePtr one(1);
+    d->SetAsNumber(*one, fmx::kDTBoolean);
+    EXPECT_EQ(d->GetNativeType(), fmx::kDTBoolean);
+    EXPECT_TRUE(d->GetAsBoolean());
+
+    // An empty number stays empty through a round trip.
+    fmx::DataUniquePtr source;
+    source->SetAsText(*textOf("No Error Message"), source->GetLocale());
+    d->SetAsNumber(source->GetAsNumber());
+    EXPECT_EQ(d->GetNativeType(), fmx::kDTNumber);
+    EXPECT_TRUE(d->IsEmpty());
+    EXPECT_EQ(bytesOf(d->GetAsText()), "");
+
+    // Borrowed results stay put while the value is unchanged.
+    source->SetAsText(*textOf("text"), source->GetLocale());
+    const fmx::Text* first = &source->GetAsText();
+    EXPECT_EQ(first, &source->GetAsText());
+    d->SetAsNumber(*one);
+    const fmx::Text* numberText = &d->GetAsText();
+    EXPECT_EQ(numberText, &d->GetAsText());
+    EXPECT_EQ(bytesOf(*numberText), "1");
+}
+
+TEST(Abi, DateTimeAndSeconds) {
+    fmx::DateTimeUniquePtr dt;
+    dt->SetNormalizedDate(10, 10, 2019);
+    EXPECT_EQ(dt->GetDaysSinceEpoch(), 737342);
+    dt->SetNormalizedDate(14, 1, 2023);  // month 14 of 2023
+    EXPECT_EQ(dt->GetYear(), 2024);
+    EXPECT_EQ(dt->GetMonth(), 2);
+
+    fmx::FixPtUniquePtr seconds;
+    seconds->AssignDouble(62135596800.5);
+    dt->SetSecondsSinceEpoch(*seconds);
+    EXPECT_EQ(dt->GetYear(), 1970);
+    EXPECT_EQ(dt->GetUSec(), 500000);
+    fmx::FixPtUniquePtr back;
+    dt->GetSecondsSinceEpoch(*back);
+    EXPECT_EQ(back->AsFloat(), 62135596800.5);
+
+    dt->SetNormalizedTime(25, 0, 0);
+    EXPECT_EQ(dt->GetDay(), 2);
+    EXPECT_EQ(dt->GetHour(), 1);
+
+    dt->Now();
+    EXPECT_GT(dt->GetYear(), 2000);
+}
+
+TEST(Abi, FontsAndContainers) {
+    fmx::DataUniquePtr d;
+    fmx::ExprEnv* noEnv = reinterpret_cast<fmx::ExprEnv*>(d.get());  // never read by font calls
+    _fmxcpt x;
+    const fmx::uint16 id = FM_Data_GetPostscriptFontID(d.get(), *textOf("Helvetica"), *noEnv, x);
+    fmx::TextUniquePtr name;
+    EXPECT_TRUE(d->GetFontInfo(id, *name, *noEnv));
+    EXPECT_EQ(bytesOf(*name), "Helvetica");
+    EXPECT_EQ(FM_Data_GetPostscriptFontID(d.get(), *textOf("HELVETICA"), *noEnv, x), id);
+    EXPECT_FALSE(d->GetFontInfo(0xFFF0, *name, *noEnv));
+    EXPECT_EQ(x.m_code, 0);
+
+    char bytes[] = "%PDF";
+    fmx::BinaryDataUniquePtr file(*textOf("report.pdf"), 4, bytes);
+    fmx::QuadCharUniquePtr fileType('F', 'I', 'L', 'E');
+    EXPECT_EQ(file->GetCount(), 2);
+    const fmx::int32 index = file->GetIndex(*fileType);
+    ASSERT_GE(index, 0);
+    char out[4];
+    EXPECT_EQ(file->GetData(index, 0, 4, out), 0);
+    EXPECT_EQ(std::string(out, 4), "%PDF");
+    EXPECT_NE(file->GetData(index, 2, 4, out), 0);
+    d->SetBinaryData(*file);
+    EXPECT_EQ(d->GetNativeType(), fmx::kDTBinary);
+    EXPECT_EQ(bytesOf(d->GetAsText()), "report.pdf");
+    EXPECT_TRUE(d->GetBinaryData() == *file);
+}
+
+TEST(Abi, Vectors) {
+    fmx::DataVectUniquePtr v;
+    fmx::DataUniquePtr d;
+    fmx::FixPtUniquePtr n(42);
+    d->SetAsNumber(*n);
+    v->PushBack(*d);
+    d->SetAsText(*textOf("x"), d->GetLocale());
+    v->PushBack(*d);
+    ASSERT_EQ(v->Size(), 2u);
+    EXPECT_EQ(v->AtAsNumber(0).AsLong(), 42);
+    EXPECT_EQ(bytesOf(v->AtAsText(1)), "x");
+    EXPECT_EQ(&v->At(1).GetAsText(), &v->AtAsText(1));
+    EXPECT_THROW(v->At(2), std::exception);
+
+    _fmxcpt x;
+    fmx::Data* popped = FM_DataVect_PopBack(v.get(), x);
+    ASSERT_NE(popped, nullptr);
+    EXPECT_EQ(bytesOf(popped->GetAsText()), "x");
+    delete popped;
+    EXPECT_EQ(v->Size(), 1u);
+
+    fmx::RowVectUniquePtr rows;
+    EXPECT_TRUE(rows->IsEmpty());
+    EXPECT_THROW(rows->At(0), std::exception);
+}
+
+TEST_F(FaultsCleared, InjectedFailuresSetTheRecord) {
+    auto t = textOf("abc");
+    auto needle = textOf("b");
+
+    sim::faults::failFunction("FM_Text_GetSize", 1);
+    EXPECT_THROW(t->GetSize(), std::bad_alloc);
+    sim::faults::failFunction("FM_Text_GetSize", 2);
+    _fmxcpt x;
+    EXPECT_EQ(FM_Text_GetSize(t.get(), x), 0u);
+    EXPECT_EQ(x.m_code, 2);
+
+    sim::faults::failFunction("FM_Text_Find", 2);
+    _fmxcpt y;
+    EXPECT_EQ(FM_Text_Find(t.get(), *needle, 0, y), 0xFFFFFFFFu);
+    EXPECT_EQ(y.m_code, 2);
+
+    sim::faults::clear();
+    sim::faults::failNthCall(2, 1);
+    EXPECT_EQ(t->GetSize(), 3u);
+    EXPECT_THROW(t->Find(*needle, 0), std::bad_alloc);
+    EXPECT_EQ(t->Find(*needle, 0), 1u);
+    EXPECT_EQ(sim::faults::callCount(), 3u);
+}
+
+TEST(Abi, BadArgumentsFailWithCodeTwo) {
+    struct Case {
+        const char* what;
+        int (*call)();
+    };
+    const Case cases[] = {
+        {"null self",
+         [] {
+             _fmxcpt x;
+             FM_Text_Assign(nullptr, "a", 0, x);
+             return x.m_code;
+         }},
+        {"null bytes with a length",
+         [] {
+             _fmxcpt x;
+             fmx::TextUniquePtr t;
+             FM_Text_AssignWithLength(t.get(), nullptr, 3, 0, x);
+             return x.m_code;
+         }},
+        {"null buffer",
+         [] {
+             _fmxcpt x;
+             auto t = textOf("abc");
+             FM_Text_GetBytes(t.get(), nullptr, 8, 0, fmx::kSize_End, 1, x);
+             return x.m_code;
+         }},
+        {"quad char index",
+         [] {
+             _fmxcpt x;
+             fmx::QuadCharUniquePtr q('R', 'V', 'L', 'X');
+             FM_QuadChar_operatorCAR(q.get(), 4, x);
+             return x.m_code;
+         }},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.call(), 2) << c.what;
+
+    _fmxcpt x;
+    fmx::TextUniquePtr t;
+    FM_Text_Assign(t.get(), nullptr, 0, x);  // a null string is the empty text
+    EXPECT_EQ(x.m_code, 0);
+}
+
+}  // namespace

@@ -1,0 +1,188 @@
+// The host's styled text, its encodings, case mapping and search.
+#include "sim/text.h"
+
+#include <gtest/gtest.h>
+
+#include "sim/encoding.h"
+
+namespace sim {
+namespace {
+
+constexpr uint32_t kNone = UINT32_MAX;
+
+struct EncodingCase {
+    int32_t encoding;
+    std::string bytes;
+    std::u16string units;
+};
+
+TEST(Encoding, DecodesAndEncodesBack) {
+    const EncodingCase cases[] = {
+        {0, "caf\xC3\xA9", u"café"}, {1, "\xF0\x9F\x98\x80!", u"\U0001F600!"},
+        {42, "\xE2\x82\xAC", u"€"},  // unknown codes are native
+        {4, "\x8E\xDB\xA5", u"é€•"}, {3, "\x80\xE9\x93", u"€é“"},
+        {2, "\x82\x9C\xB0", u"é£░"}, {5, "\xE9\xFF", u"éÿ"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.encoding);
+        EXPECT_EQ(decode(c.bytes, c.encoding), c.units);
+        EXPECT_EQ(encode(c.units, c.encoding), c.bytes);
+    }
+}
+
+TEST(Encoding, MarksWhatCannotBeRepresented) {
+    EXPECT_EQ(encode(u"a€\U0001F600b", 5), "a??b");  // one mark for a surrogate pair
+    EXPECT_EQ(encode(u"\U0001F600", 4), "?");
+    EXPECT_EQ(toUtf8(std::u16string(1, u'\xD800') + u"x"), "\xEF\xBF\xBDx");
+    EXPECT_EQ(fromUtf8("a\xC3(\xFF"), u"a\uFFFD(\uFFFD");
+    EXPECT_EQ(fromUtf8("\xED\xA0\x80"), u"\uFFFD");  // an encoded surrogate is malformed
+}
+
+CharStyle bold() {
+    CharStyle s;
+    s.face = s.faceMask = 0x0100;
+    return s;
+}
+
+CharStyle red() {
+    CharStyle s;
+    s.color = Rgb{255, 0, 0, 255};
+    s.colorOn = true;
+    return s;
+}
+
+// The text as "unit:style-letter" runs, for compact expectations: P plain, B bold, R red.
+std::string runs(const Text& t) {
+    std::string out;
+    uint32_t pos = 0;
+    while (pos < t.size()) {
+        const CharStyle s = t.styleAt(pos);
+        const char tag = s == bold() ? 'B' : s == red() ? 'R' : s.allDisabled() ? 'P' : '?';
+        const uint32_t end = t.runEnd(pos);
+        out += std::to_string(end - pos) + tag;
+        pos = end;
+    }
+    return out;
+}
+
+TEST(Text, StylesTravelWithSlices) {
+    Text hello(u"Hello World");
+    hello.setStyle(bold(), 6, 5);
+    ASSERT_EQ(runs(hello), "6P5B");
+
+    struct Case {
+        const char* what;
+        Text result;
+        const char* runs;
+    };
+    Text slice;
+    slice.setSlice(hello, 4, 4);
+    Text appended(u"x");
+    appended.append(hello, 5, UINT32_MAX);
+    appended.append(u"!!");
+    Text inserted(u"ab");
+    inserted.insert(hello, 1);
+    Text erased(hello);
+    erased.erase(3, 5);
+    Text selfAppend(hello);
+    selfAppend.append(selfAppend, 6, 3);
+    const Case cases[] = {
+        {"slice", slice, "2P2B"},
+        {"append", appended, "2P5B2P"},
+        {"insert", inserted, "7P5B1P"},
+        {"erase", erased, "3P3B"},
+        {"self append", selfAppend, "6P8B"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(runs(c.result), c.runs) << c.what;
+}
+
+TEST(Text, MergeAndRemoveStyles) {
+    Text t(u"abcdef");
+    t.setStyle(bold(), 0, 4);
+    t.mergeStyle(red(), 2, 4);
+    EXPECT_EQ(t.styleAt(0), bold());
+    const CharStyle both = t.styleAt(2);
+    EXPECT_TRUE(both.colorOn);
+    EXPECT_EQ(both.faceMask, 0x0100);
+    EXPECT_EQ(t.styleAt(5), red());
+    EXPECT_EQ(t.styleAt(99), red());  // past the end: the last style
+
+    t.removeStyle(bold());
+    EXPECT_EQ(runs(t), "2P4R");
+    t.resetStyles();
+    EXPECT_FALSE(t.hasStyles());
+    EXPECT_EQ(runs(t), "6P");
+}
+
+TEST(Text, AssignDropsStylesAndAlignment) {
+    Text t(u"one\rtwo\rthree");
+    t.setStyle(red(), 0, 3);
+    t.setAlignment(Alignment::Center, 5, 1);
+    EXPECT_EQ(t.alignmentAt(0), Alignment::None);
+    EXPECT_EQ(t.alignmentAt(4), Alignment::Center);
+    EXPECT_EQ(t.alignmentAt(7), Alignment::Center);
+    EXPECT_EQ(t.alignmentAt(9), Alignment::None);
+    Text tail;
+    tail.setSlice(t, 4, UINT32_MAX);
+    EXPECT_EQ(tail.alignmentAt(0), Alignment::Center);
+    t.assign(u"plain");
+    EXPECT_FALSE(t.hasStyles());
+    EXPECT_EQ(t.alignmentAt(0), Alignment::None);
+}
+
+TEST(Text, ClampsPositions) {
+    Text t(u"abc");
+    t.erase(2, UINT32_MAX);
+    t.erase(10, 1);
+    EXPECT_EQ(t.units(), u"ab");
+    t.insert(Text(u"Z"), 99);
+    EXPECT_EQ(t.units(), u"abZ");
+    Text s;
+    s.setSlice(t, 7, 2);
+    EXPECT_TRUE(s.empty());
+}
+
+TEST(Text, CaseMappingKeepsLengthAndPairs) {
+    EXPECT_EQ(toLower(u"ÄÖÜ Straße İ"), u"äöü straße i");
+    EXPECT_EQ(toUpper(u"straße ǆ"), u"STRAßE Ǆ");
+    EXPECT_EQ(toLower(u"\U00010400x\U0001F600"), u"\U00010428x\U0001F600");
+    const std::u16string lone(1, u'\xDC00');
+    EXPECT_EQ(toUpper(lone), lone);
+}
+
+TEST(Text, Find) {
+    struct Case {
+        std::u16string hay, needle;
+        uint32_t from, exact, ignoringCase;
+    };
+    const Case cases[] = {
+        {u"Hello World", u"o", 0, 4, 4},
+        {u"Hello World", u"o", 5, 7, 7},
+        {u"Hello World", u"WORLD", 0, kNone, 6},
+        {u"Hello", u"x", 0, kNone, kNone},
+        {u"Hello", u"", 2, 2, 2},
+        {u"Hello", u"", 5, kNone, kNone},
+        {u"Hello", u"lo", 9, kNone, kNone},
+        {u"ÄPFEL äpfel", u"äpfel", 1, 6, 6},
+        {u"a\U0001F600b", u"b", 0, 3, 3},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(toUtf8(c.hay) + " / " + toUtf8(c.needle));
+        EXPECT_EQ(sim::find(c.hay, c.needle, c.from), c.exact);
+        EXPECT_EQ(findIgnoringCase(c.hay, c.needle, c.from), c.ignoringCase);
+    }
+    EXPECT_EQ(findPrev(u"abcabc", u"abc", 5), 3u);
+    EXPECT_EQ(findPrev(u"abcabc", u"abc", 2), 0u);
+    EXPECT_EQ(findPrevIgnoringCase(u"abcABC", u"abc", 99), 3u);
+}
+
+TEST(Text, FindIgnoringCaseAcrossChunks) {
+    std::u16string hay(10000, u'x');
+    hay += u"NeedLE";
+    EXPECT_EQ(findIgnoringCase(hay, u"needle", 3), 10000u);
+    hay.insert(4095, u"NEEDLE");
+    EXPECT_EQ(findIgnoringCase(hay, u"needle", 0), 4095u);
+}
+
+}  // namespace
+}  // namespace sim
