@@ -98,7 +98,9 @@ TEST_F(FunctionsTest, ArgumentCountsAreEnforcedByTheHost) {
     for (const Case& c : cases) {
         sim::EvalResult r = session.eval(c.calc);
         EXPECT_EQ(r.error, c.error) << c.calc;
-        if (c.error == 0) EXPECT_EQ(r.text, c.text) << c.calc;
+        if (c.error == 0) {
+            EXPECT_EQ(r.text, c.text) << c.calc;
+        }
     }
 }
 

@@ -101,7 +101,9 @@ TEST_F(SqlTest, ErrorsMapToTheHostsCodes) {
     for (const Case& c : cases) {
         const SqlResult r = query(c.sql, c.file);
         EXPECT_EQ(r.error, c.error) << sim::toUtf8(c.sql);
-        if (c.error) EXPECT_TRUE(r.rows.empty());
+        if (c.error) {
+            EXPECT_TRUE(r.rows.empty());
+        }
     }
 }
 
