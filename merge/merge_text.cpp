@@ -1,0 +1,102 @@
+// Ravelin_MergeText ( text ).
+//
+// Scanning rules, all deliberate: the closing ">>" is searched from the scan position, not from
+// the opening "<<", so a ">>" standing before the next "<<" turns that "<<" into literal text,
+// and in a well-formed rest of the template every later span then meets the same fate. Spans do
+// not nest, and a "<<" without a later ">>" ends the merging. Each search starts where the last
+// span ended, so a template costs time linear in its size.
+#include "merge/merge_text.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "fmlib/convert.h"
+#include "frame/exception_frame.h"
+#include "frame/functions.h"
+#include "merge/results_map.h"
+
+namespace {
+
+constexpr fmx::uint32 kNotFound = 0xFFFFFFFF;
+constexpr fmx::uint32 kMarkerSize = 2;
+
+// Kept in every build: reaching the merge without an argument is a bug in this plug-in, never
+// the user's input (Ravelin_MergeText answers that case itself).
+void assertHasArgument(const fmx::DataVect& dataVect) {
+    if (dataVect.Size() > 0) return;
+    std::fprintf(stderr,
+                 "Assertion failed: (dataVect.Size() > 0), function PerformMergeText, file "
+                 "Sources/Ravelin_MergeText, line 99.\n");
+    std::abort();
+}
+
+fmx::TextUniquePtr marker(const char* ascii) {
+    fmx::TextUniquePtr text;
+    text->Assign(ascii, fmx::kEncoding_Native);
+    return text;
+}
+
+// Appends the value of one expression: from the cache, else evaluated (and then cached). A
+// failing expression stands for itself and is not cached, so it is tried again where it recurs.
+void appendEvaluated(const fmx::ExprEnv& env, const fmx::Text& expression, ResultsMap& cache,
+                     fmx::Text& output) {
+    fmx::TextUniquePtr cached;
+    if (cache.find(expression, *cached) == 0) {
+        output.AppendText(*cached);
+        return;
+    }
+    fmx::DataUniquePtr value;
+    if (env.Evaluate(expression, *value) != 0) {
+        output.AppendText(expression);
+        return;
+    }
+    const fmx::Text& text = value->GetAsText();
+    output.AppendText(text);
+    cache.add(expression, text);
+}
+
+}  // namespace
+
+void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fmx::Data& result) {
+    assertHasArgument(dataVect);
+    fmx::TextUniquePtr source;
+    source->AppendText(dataVect.AtAsText(0));
+    fmx::TextUniquePtr output;
+    fmx::TextUniquePtr expression;
+    ResultsMap cache;
+    const fmx::TextUniquePtr open = marker("<<");
+    const fmx::TextUniquePtr close = marker(">>");
+
+    fmx::uint32 p = 0;
+    for (;;) {
+        const fmx::uint32 o = source->Find(*open, p);
+        if (o == kNotFound) break;
+        const fmx::uint32 c = source->Find(*close, p);
+        if (c == kNotFound) break;
+        if (c <= o) {
+            output->AppendText(*source, p, o + kMarkerSize - p);
+            p = o + kMarkerSize;
+            continue;
+        }
+        const fmx::uint32 start = o + kMarkerSize;
+        expression->DeleteText(0);
+        expression->AppendText(*source, start, c - start);
+        output->AppendText(*source, p, o - p);
+        appendEvaluated(env, *expression, cache, *output);
+        p = c + kMarkerSize;
+    }
+    output->AppendText(*source, p, fmx::kSize_End);
+    result.SetAsText(*output, result.GetLocale(), fmx::kDTText);
+}
+
+fmx::errcode Ravelin_MergeText(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                               fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() < 1) {
+            rvl::SetLastError(rvl::kBadParameters, "Not enough parameters", env);
+            fmlib::FMErrCode2FMData(rvl::kBadParameters, result);
+            return;
+        }
+        PerformMergeText(env, args, result);
+    });
+}
