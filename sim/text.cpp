@@ -1,6 +1,7 @@
 #include "sim/text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace sim {
@@ -73,43 +74,74 @@ Spans<T> slice(const Spans<T>& src, uint32_t pos, uint32_t len) {
     return out;
 }
 
+// Makes a span start exactly at `at` (inside the text), returning its index.
+template <class T>
+size_t splitAt(Spans<T>& spans, uint32_t at) {
+    const size_t i = spanIndex(spans, at);
+    if (spans[i].start == at) return i;
+    spans.insert(spans.begin() + static_cast<std::ptrdiff_t>(i) + 1, {at, spans[i].value});
+    return i + 1;
+}
+
+// Drops the spans with indexes in [from, to) whose value equals their predecessor's.
+template <class T>
+void mergeNeighbours(Spans<T>& spans, size_t from, size_t to) {
+    from = std::max<size_t>(from, 1);
+    to = std::min(to, spans.size());
+    if (from >= to) return;
+    auto kept = spans.begin() + static_cast<std::ptrdiff_t>(from);
+    const auto stop = spans.begin() + static_cast<std::ptrdiff_t>(to);
+    for (auto it = kept; it != stop; ++it) {
+        if (it->value == (kept - 1)->value) continue;
+        *kept++ = *it;
+    }
+    spans.erase(kept, stop);
+}
+
+// The edits below touch only the spans around the edited range (plus a shift of the later
+// starts), so repeated styling of a long text stays cheap.
+
 // Rewrites the values over [pos, pos + len) of a text `size` long with `change(old value)`.
 template <class T, class Change>
 void changeRange(Spans<T>& spans, uint32_t size, uint32_t pos, uint32_t len, Change change) {
     if (len == 0) return;
-    Spans<T> src = std::move(spans);
-    makeExplicit(src, size);
-    Spans<T> out;
-    appendSlice(out, 0, src, 0, pos);
+    makeExplicit(spans, size);
     const uint32_t end = pos + len;
-    for (size_t i = spanIndex(src, pos); i < src.size() && src[i].start < end; ++i) {
-        pushSpan(out, std::max(src[i].start, pos), change(src[i].value));
-    }
-    appendSlice(out, end, src, end, size - end);
-    compact(out);
-    spans = std::move(out);
+    const size_t first = splitAt(spans, pos);
+    const size_t last = end < size ? splitAt(spans, end) : spans.size();
+    for (size_t i = first; i < last; ++i) spans[i].value = change(spans[i].value);
+    mergeNeighbours(spans, first, last + 1);
+    compact(spans);
 }
 
+// Inserts at `at` the spans of `other` over [pos, pos + len).
 template <class T>
 void insertSpans(Spans<T>& spans, uint32_t size, const Spans<T>& other, uint32_t pos, uint32_t len,
                  uint32_t at) {
-    if (spans.empty() && other.empty()) return;
-    Spans<T> out;
-    appendSlice(out, 0, spans, 0, at);
-    appendSlice(out, at, other, pos, len);
-    appendSlice(out, at + len, spans, at, size - at);
-    compact(out);
-    spans = std::move(out);
+    if (len == 0 || (spans.empty() && other.empty())) return;
+    Spans<T> piece;
+    appendSlice(piece, 0, other, pos, len);
+    if (piece.empty()) piece.push_back({0, T{}});
+    makeExplicit(spans, size);
+    const size_t i = at < size ? splitAt(spans, at) : spans.size();
+    for (size_t k = i; k < spans.size(); ++k) spans[k].start += len;
+    for (auto& p : piece) p.start += at;
+    spans.insert(spans.begin() + static_cast<std::ptrdiff_t>(i), piece.begin(), piece.end());
+    mergeNeighbours(spans, i, i + piece.size() + 1);
+    compact(spans);
 }
 
 template <class T>
 void eraseSpans(Spans<T>& spans, uint32_t size, uint32_t pos, uint32_t len) {
-    if (spans.empty()) return;
-    Spans<T> out;
-    appendSlice(out, 0, spans, 0, pos);
-    appendSlice(out, pos, spans, pos + len, size - pos - len);
-    compact(out);
-    spans = std::move(out);
+    if (spans.empty() || len == 0) return;
+    const uint32_t end = pos + len;
+    const size_t first = splitAt(spans, pos);
+    const size_t last = end < size ? splitAt(spans, end) : spans.size();
+    spans.erase(spans.begin() + static_cast<std::ptrdiff_t>(first),
+                spans.begin() + static_cast<std::ptrdiff_t>(last));
+    for (size_t k = first; k < spans.size(); ++k) spans[k].start -= len;
+    mergeNeighbours(spans, first, first + 1);
+    compact(spans);
 }
 
 // Clamps a (position, length) pair to a text of `size` units.

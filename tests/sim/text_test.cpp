@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "sim/encoding.h"
 
 namespace sim {
@@ -94,6 +96,63 @@ TEST(Text, StylesTravelWithSlices) {
         {"self append", selfAppend, "6P8B"},
     };
     for (const auto& c : cases) EXPECT_EQ(runs(c.result), c.runs) << c.what;
+}
+
+// Random edits against a model holding one style per unit: every position keeps the right
+// style, and runs stay merged (a run ends where the style really changes).
+TEST(Text, StyleRunsMatchAPerUnitModel) {
+    std::mt19937 rng(12345);
+    auto pick = [&](uint32_t n) { return n == 0 ? 0u : static_cast<uint32_t>(rng() % n); };
+    const CharStyle palette[] = {CharStyle{}, bold(), red()};
+    Text t(u"0123456789");
+    std::vector<CharStyle> model(10);
+    for (int step = 0; step < 3000; ++step) {
+        const uint32_t n = t.size();
+        const uint32_t pos = pick(n + 1), len = pick(n + 1 - pos + 3);
+        const CharStyle& s = palette[pick(3)];
+        const uint32_t end = std::min(n, pos + len);
+        switch (pick(5)) {
+            case 0:
+                t.setStyle(s, pos, len);
+                std::fill(model.begin() + pos, model.begin() + end, s);
+                break;
+            case 1: {
+                Text piece(std::u16string(len % 7 + 1, u'x'));
+                piece.setStyle(s, 0, 1);
+                t.insert(piece, pos);
+                std::vector<CharStyle> added(piece.size());
+                added[0] = s;
+                model.insert(model.begin() + pos, added.begin(), added.end());
+                break;
+            }
+            case 2:
+                t.erase(pos, len);
+                model.erase(model.begin() + pos, model.begin() + end);
+                break;
+            case 3: {
+                const Text copy(t);
+                t.append(copy, pos, len);
+                std::vector<CharStyle> tail(model.begin() + pos, model.begin() + end);
+                model.insert(model.end(), tail.begin(), tail.end());
+                break;
+            }
+            default:
+                if (n > 200) {
+                    const Text copy(t);
+                    t.setSlice(copy, pos, len);
+                    model.assign(model.begin() + pos, model.begin() + end);
+                }
+        }
+        ASSERT_EQ(t.size(), model.size()) << step;
+        for (uint32_t i = 0; i < t.size(); i = t.runEnd(i)) {
+            const uint32_t runEnd = t.runEnd(i);
+            ASSERT_GT(runEnd, i);
+            for (uint32_t k = i; k < runEnd; ++k) ASSERT_EQ(t.styleAt(k), model[k]) << step;
+            if (runEnd < t.size()) {
+                ASSERT_FALSE(model[runEnd] == model[i]) << step;
+            }
+        }
+    }
 }
 
 TEST(Text, MergeAndRemoveStyles) {
