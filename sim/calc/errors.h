@@ -1,0 +1,40 @@
+// The host's calculation error codes, and how an error travels inside the engine.
+#pragma once
+
+#include <cstdint>
+
+namespace sim::calc {
+
+enum ErrorCode : short {
+    kGenericError = 1200,
+    kTooFewParameters = 1201,
+    kTooManyParameters = 1202,
+    kUnexpectedEnd = 1203,
+    kOperandExpected = 1204,  // number, text constant, field name or "(" expected
+    kUnterminatedComment = 1205,
+    kUnterminatedText = 1206,
+    kUnbalancedParenthesis = 1207,
+    kOperatorMissing = 1208,  // also: function or name not found, "(" not expected
+    kNameMissing = 1209,
+    kListNotAllowed = 1211,
+    kDuplicateLetVariable = 1213,
+    kInvalidGetParameter = 1215,
+    kBadNumber = 1218,
+};
+
+// Thrown from anywhere inside the engine; evaluate() turns it into its Result, and the functions
+// that look at errors (IsEmpty, IsValid, EvaluationError) catch it.
+struct CalcError {
+    short code;
+};
+
+[[noreturn]] inline void raise(short code) { throw CalcError{code}; }
+
+// Nesting limit for parsing and evaluating together (parentheses, calls, Evaluate inside
+// Evaluate): deeper calculations fail with kGenericError instead of exhausting the stack.
+constexpr int kMaxDepth = 1000;
+
+// Longest text a calculation may build; longer results fail with kGenericError.
+constexpr uint32_t kMaxTextUnits = 1u << 26;
+
+}  // namespace sim::calc
