@@ -1,0 +1,106 @@
+#include "sim/calc/builtins.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <unordered_map>
+
+#include "sim/calc/errors.h"
+#include "sim/calc/evaluator.h"
+
+namespace sim::calc {
+
+Args::Args(Evaluator& evaluator, std::vector<Value>& values)
+    : evaluator_(evaluator), values_(values), texts_(values.size()) {}
+
+const Text& Args::text(size_t i) {
+    if (values_[i].type() == Type::Text) return values_[i].textValue();
+    if (!texts_[i]) texts_[i] = values_[i].asText();
+    return *texts_[i];
+}
+
+double Args::number(size_t i) const {
+    const double d = values_[i].asNumber().value;
+    return std::isfinite(d) ? d : 0;
+}
+
+bool Args::emptyNumber(size_t i) const { return values_[i].asNumber().empty; }
+
+Context& Args::context() { return evaluator_.context(); }
+
+namespace {
+
+using Table = std::unordered_map<std::u16string_view, const Builtin*>;
+
+Table buildTable() {
+    Table table;
+    for (auto family : {logicalFunctions(), textFunctions(), valueListFunctions(),
+                        numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions()}) {
+        for (const Builtin& b : family) table.emplace(b.name, &b);
+    }
+    return table;
+}
+
+// The calculation constants of the text style functions. HighlightYellow (4096) shares its
+// value with the Shadow face bit, so a highlighted character carries face bit 4096.
+const std::unordered_map<std::u16string_view, double>& constants() {
+    static const std::unordered_map<std::u16string_view, double> table{
+        {u"plain", 0},          {u"strikethrough", 1},
+        {u"smallcaps", 2},      {u"superscript", 4},
+        {u"subscript", 8},      {u"uppercase", 16},
+        {u"lowercase", 32},     {u"titlecase", 48},
+        {u"wordunderline", 64}, {u"doubleunderline", 128},
+        {u"bold", 256},         {u"italic", 512},
+        {u"underline", 1024},   {u"highlightyellow", 4096},
+        {u"condense", 8192},    {u"extend", 16384},
+        {u"allstyles", 32767},
+    };
+    return table;
+}
+
+}  // namespace
+
+const Builtin* findBuiltin(std::u16string_view lowerName) {
+    static const Table table = buildTable();
+    const auto it = table.find(lowerName);
+    return it == table.end() ? nullptr : it->second;
+}
+
+std::optional<double> findConstant(std::u16string_view lowerName) {
+    const auto it = constants().find(lowerName);
+    if (it == constants().end()) return std::nullopt;
+    return it->second;
+}
+
+Value textValue(Text t) {
+    if (t.size() > kMaxTextUnits) raise(kGenericError);
+    return Value::text(std::move(t));
+}
+
+Value textValue(std::u16string s) {
+    if (s.size() > kMaxTextUnits) raise(kGenericError);
+    return Value::text(std::move(s));
+}
+
+Value emptyText() { return Value::text(std::u16string()); }
+
+Value numberValue(double d) {
+    if (!std::isfinite(d)) return questionMark();
+    return Value::number(d + 0.0);  // no negative zero
+}
+
+Value booleanValue(bool b) { return Value::number(b ? 1.0 : 0.0); }
+
+Value questionMark() { return Value::text(std::u16string(u"?")); }
+
+bool isTrue(const Value& v) {
+    const Number n = v.asNumber();
+    return !n.empty && n.value != 0 && !std::isnan(n.value);
+}
+
+double clampCount(double d) {
+    if (std::isnan(d)) return 0;
+    return std::trunc(std::clamp(d, -4294967296.0, 4294967296.0));
+}
+
+}  // namespace sim::calc

@@ -1,0 +1,221 @@
+#include "sim/calc/evaluator.h"
+
+#include <cmath>
+
+#include "sim/calc/builtins.h"
+#include "sim/calc/errors.h"
+#include "sim/calc/operators.h"
+#include "sim/calc/parser.h"
+#include "sim/calc/temporal.h"
+
+namespace sim::calc {
+
+namespace {
+
+class DepthGuard {
+public:
+    explicit DepthGuard(int& depth) : depth_(depth) {
+        if (++depth_ > kMaxDepth) {
+            --depth_;
+            raise(kGenericError);
+        }
+    }
+    ~DepthGuard() { --depth_; }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+
+private:
+    int& depth_;
+};
+
+// Removes the variables of a Let from the scope however the Let ends.
+template <class Scope>
+class ScopeMark {
+public:
+    explicit ScopeMark(Scope& scope) : scope_(scope), size_(scope.size()) {}
+    ~ScopeMark() {
+        scope_.erase(scope_.begin() + static_cast<std::ptrdiff_t>(size_), scope_.end());
+    }
+    ScopeMark(const ScopeMark&) = delete;
+    ScopeMark& operator=(const ScopeMark&) = delete;
+
+private:
+    Scope& scope_;
+    size_t size_;
+};
+
+}  // namespace
+
+Value Evaluator::eval(const Node& node) {
+    DepthGuard guard(depth_);
+    Value v = evalNode(node);
+    if (v.type() == Type::Text && v.textValue().size() > kMaxTextUnits) raise(kGenericError);
+    return v;
+}
+
+Value Evaluator::evaluateText(std::u16string_view source) {
+    NodePtr tree = parse(source, context_, letNames(), depth_);
+    return eval(*tree);
+}
+
+Value Evaluator::evalNode(const Node& node) {
+    switch (node.kind) {
+        case NodeKind::Literal:
+            return node.literal;
+        case NodeKind::LetName:
+            return evalLetName(node);
+        case NodeKind::Variable:
+            return evalVariable(node);
+        case NodeKind::Unary:
+            return evalUnary(node);
+        case NodeKind::Chain:
+            return evalChain(node);
+        case NodeKind::Builtin:
+            return evalBuiltin(node);
+        case NodeKind::External:
+            return evalExternal(node);
+        case NodeKind::Let:
+            return evalLet(node);
+        case NodeKind::Get:
+            return evalGet(node);
+        case NodeKind::List:
+            break;  // only functions that take lists look into one
+    }
+    raise(kListNotAllowed);
+}
+
+Value Evaluator::evalChain(const Node& node) {
+    const std::vector<NodePtr>& operands = node.children;
+    const Op first = node.ops.front();
+    if (first == Op::Or || first == Op::Xor) {
+        bool result = isTrue(eval(*operands[0]));
+        for (size_t i = 1; i < operands.size(); ++i) {
+            if (node.ops[i - 1] == Op::Xor) {
+                result = result != isTrue(eval(*operands[i]));
+            } else if (!result) {
+                result = isTrue(eval(*operands[i]));
+            }
+        }
+        return booleanValue(result);
+    }
+    if (first == Op::And) {
+        bool result = isTrue(eval(*operands[0]));
+        for (size_t i = 1; i < operands.size() && result; ++i) result = isTrue(eval(*operands[i]));
+        return booleanValue(result);
+    }
+    if (first == Op::Concat) {
+        Text out;
+        for (const NodePtr& operand : operands) appendTextOf(out, eval(*operand));
+        return Value::text(std::move(out));
+    }
+    Value result = eval(*operands[0]);
+    for (size_t i = 1; i < operands.size(); ++i) {
+        result = applyBinary(node.ops[i - 1], result, eval(*operands[i]));
+    }
+    return result;
+}
+
+Value Evaluator::evalUnary(const Node& node) {
+    const Value operand = eval(*node.children[0]);
+    switch (node.op) {
+        case Op::Not:
+            return booleanValue(!isTrue(operand));
+        case Op::Negate: {
+            const Number n = operand.asNumber();
+            return n.empty ? Value::number(n) : numberValue(-n.value);
+        }
+        default:
+            return Value::number(operand.asNumber());
+    }
+}
+
+Value Evaluator::evalLet(const Node& node) {
+    ScopeMark mark(scope_);
+    for (const LetBinding& b : node.bindings) {
+        Value v = eval(*b.value);
+        if (b.plain) {
+            scope_.push_back({b.name, std::move(v)});
+            continue;
+        }
+        const int repetition = repetitionOf(b.repetition.get());
+        // An empty value does not make a variable: setting one clears it.
+        context_.setVariable(b.name, repetition, v.isEmpty() ? Value() : std::move(v));
+    }
+    return eval(*node.children[0]);
+}
+
+Value Evaluator::evalLetName(const Node& node) const {
+    for (auto it = scope_.rbegin(); it != scope_.rend(); ++it) {
+        if (it->name == node.name) return it->value;
+    }
+    raise(kOperatorMissing);
+}
+
+Value Evaluator::evalVariable(const Node& node) {
+    return context_.variable(node.name, repetitionOf(node.repetition.get()));
+}
+
+// Repetitions count from 1; anything that is not a whole number in 1..2^31-1 after truncation
+// is an error.
+int Evaluator::repetitionOf(const Node* repetition) {
+    if (repetition == nullptr) return 1;
+    const Number n = eval(*repetition).asNumber();
+    const double r = std::trunc(n.value);
+    if (n.empty || !(r >= 1 && r <= 2147483647.0)) raise(kGenericError);
+    return static_cast<int>(r);
+}
+
+std::vector<Value> Evaluator::evalArguments(const Node& node) {
+    std::vector<Value> values;
+    values.reserve(node.children.size());
+    for (const NodePtr& arg : node.children) values.push_back(eval(*arg));
+    return values;
+}
+
+Value Evaluator::evalBuiltin(const Node& node) {
+    const Builtin& b = *node.builtin;
+    if (b.lazy != nullptr) return b.lazy(*this, node.children);
+    std::vector<Value> values = evalArguments(node);
+    Args args(*this, values);
+    return b.eager(args);
+}
+
+// The function is looked up again at call time: the arguments may have re-registered it.
+Value Evaluator::evalExternal(const Node& node) {
+    std::vector<Value> values = evalArguments(node);
+    const ExternalFunction* found = context_.findFunction(node.name);
+    if (found == nullptr) raise(kOperatorMissing);
+    const ExternalFunction f = *found;
+    const auto count = static_cast<long>(values.size());
+    if (count < f.minArgs) raise(kTooFewParameters);
+    if (f.maxArgs >= 0 && count > f.maxArgs) raise(kTooManyParameters);
+    Value result;
+    const short error = context_.callFunction(f, values, result);
+    if (error != 0) raise(error);
+    return result;
+}
+
+Value Evaluator::evalGet(const Node& node) {
+    switch (node.selector) {
+        case GetSelector::FileName:
+            return Value::text(context_.fileName());
+        case GetSelector::ScriptParameter:
+            return context_.scriptParameter();
+        case GetSelector::CurrentDate:
+            return dateValue(static_cast<double>(context_.now().days()));
+        case GetSelector::CurrentTime:
+            return timeValue(std::floor(context_.now().secondsOfDay()));
+        case GetSelector::CurrentTimestamp:
+            return timestampValue(std::floor(context_.now().seconds()));
+    }
+    raise(kInvalidGetParameter);
+}
+
+std::vector<std::u16string> Evaluator::letNames() const {
+    std::vector<std::u16string> names;
+    names.reserve(scope_.size());
+    for (const LetVariable& v : scope_) names.push_back(v.name);
+    return names;
+}
+
+}  // namespace sim::calc
