@@ -1,0 +1,34 @@
+// Running calculations against the fake context, with UTF-8 in and out for readable tables.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "sim/calc/context.h"
+#include "sim/encoding.h"
+#include "tests/sim/fake_context.h"
+
+namespace calc_test {
+
+struct Outcome {
+    std::string text;
+    short error;
+    sim::Type type;
+};
+
+inline Outcome run(sim::calc::Context& context, std::string_view calculation) {
+    const sim::calc::Result r = sim::calc::evaluate(sim::fromUtf8(calculation), context);
+    return {sim::toUtf8(r.value.asText().units()), r.error, r.value.type()};
+}
+
+struct Case {
+    const char* calculation;
+    const char* expected;
+};
+
+struct ErrorCase {
+    const char* calculation;
+    short error;
+};
+
+}  // namespace calc_test
