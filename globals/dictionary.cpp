@@ -1,0 +1,171 @@
+#include "globals/dictionary.h"
+
+#include <exception>
+#include <optional>
+#include <string>
+
+#include "fmlib/convert.h"
+#include "globals/store.h"
+
+namespace rvl {
+
+namespace {
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+constexpr char16_t kReturn = u'\r';
+
+// The value of a calculation in `env`, or nothing when the host reports an error.
+std::optional<std::u16string> evaluateAsString(const fmx::ExprEnv& env, const char* calculation) {
+    fmx::TextUniquePtr text;
+    text->Assign(calculation, fmx::kEncoding_Native);
+    fmx::DataUniquePtr value;
+    if (env.Evaluate(*text, *value) != 0) return std::nullopt;
+    return FStringFromData(*value);
+}
+
+// What asking for the calling file's name gave: the name, nothing (the host reported an error),
+// or the failure of a host call, kept to be raised only if the name turns out to be needed.
+struct FileNameAnswer {
+    std::optional<std::u16string> name;
+    std::exception_ptr failure;
+};
+
+FileNameAnswer callingFileName(const fmx::ExprEnv& env) {
+    try {
+        return {evaluateAsString(env, "Get( FileName )"), nullptr};
+    } catch (...) {
+        return {std::nullopt, std::current_exception()};
+    }
+}
+
+bool isHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool isLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+void appendUtf8(std::string& bytes, char32_t c) {
+    if (c < 0x80) {
+        bytes += static_cast<char>(c);
+        return;
+    }
+    int continuation = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    static constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    bytes += static_cast<char>(kLead[continuation] | (c >> (6 * continuation)));
+    while (continuation-- > 0)
+        bytes += static_cast<char>(0x80 | ((c >> (6 * continuation)) & 0x3F));
+}
+
+}  // namespace
+
+void Dictionary::loadValueForKey(const fmx::Text& key, fmx::Data& out) const {
+    const KeyString k = FStringFromText(key);
+    Lock lock(gRecursiveMutex);
+    const auto found = values_.find(k);
+    if (found != values_.end()) fmlib::FMData2FMData(found->second->data(), out);
+}
+
+void Dictionary::storeValueForKey(const fmx::Text& key, const fmx::Data& value) {
+    const KeyString k = FStringFromText(key);
+    Lock lock(gRecursiveMutex);
+    storeValueForKey_(k, value);
+    removeLocalKey_(k);
+}
+
+void Dictionary::storeValueForKey_(const KeyString& key, const fmx::Data& value) {
+    Lock lock(gRecursiveMutex);
+    const auto found = values_.find(key);
+    if (found != values_.end()) {
+        found->second->assign(value);
+    } else {
+        values_.emplace(key, std::make_shared<Value>(value));
+    }
+}
+
+void Dictionary::storeLocalValueForKey(const fmx::ExprEnv& env, const fmx::Text& key,
+                                       const fmx::Data& value) {
+    const KeyString k = FStringFromText(key);
+    // Asked before locking, so that no thread waits for the host's calculation engine while
+    // holding the store. Only a key that is not bound yet uses the answer.
+    const FileNameAnswer file = callingFileName(env);
+    Lock lock(gRecursiveMutex);
+    storeValueForKey_(k, value);
+    if (localKeys_.contains(k)) return;
+    if (file.failure) std::rethrow_exception(file.failure);
+    if (file.name) localKeys_.emplace(k, *file.name);
+}
+
+void Dictionary::removeKeyValue(const fmx::Text& key) {
+    const KeyString k = FStringFromText(key);
+    Lock lock(gRecursiveMutex);
+    removeKeyValue_(k);
+    removeLocalKey_(k);
+}
+
+void Dictionary::removeKeyValue_(const KeyString& key) {
+    Lock lock(gRecursiveMutex);
+    values_.erase(key);
+}
+
+void Dictionary::removeLocalKey_(const KeyString& key) {
+    Lock lock(gRecursiveMutex);
+    localKeys_.erase(key);
+}
+
+Dictionary::LocalKeyMap::iterator Dictionary::removeLocalKeyByIterator_(
+    LocalKeyMap::iterator entry) {
+    return localKeys_.erase(entry);
+}
+
+void Dictionary::cleanLocalKeys(const fmx::ExprEnv& env) {
+    const std::optional<std::u16string> names = evaluateAsString(env, "DatabaseNames");
+    if (!names) return;
+    // Every open file's name then stands between two returns, so a needle of return, name,
+    // return matches whole names only.
+    const std::u16string haystack = kReturn + *names + kReturn;
+    Lock lock(gRecursiveMutex);
+    for (auto entry = localKeys_.begin(); entry != localKeys_.end();) {
+        if (haystack.find(kReturn + entry->second + kReturn) != std::u16string::npos) {
+            ++entry;
+            continue;
+        }
+        removeKeyValue_(entry->first);
+        entry = removeLocalKeyByIterator_(entry);
+    }
+}
+
+void Dictionary::clean() {
+    Lock lock(gRecursiveMutex);
+    localKeys_.clear();
+    values_.clear();
+}
+
+bool Dictionary::contains_(const KeyString& key) const {
+    Lock lock(gRecursiveMutex);
+    return values_.contains(key);
+}
+
+std::u16string Dictionary::boundFile_(const KeyString& key) const {
+    Lock lock(gRecursiveMutex);
+    const auto found = localKeys_.find(key);
+    return found == localKeys_.end() ? std::u16string() : found->second;
+}
+
+std::size_t Dictionary::size() const {
+    Lock lock(gRecursiveMutex);
+    return values_.size();
+}
+
+std::ostream& operator<<(std::ostream& out, const KeyString& key) {
+    std::string bytes;
+    for (std::size_t i = 0; i < key.size(); ++i) {
+        char32_t c = key[i];
+        if (isHighSurrogate(c) && i + 1 < key.size() && isLowSurrogate(key[i + 1])) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (key[++i] - 0xDC00);
+        } else if (isHighSurrogate(c) || isLowSurrogate(c)) {
+            c = U'?';
+        }
+        appendUtf8(bytes, c);
+    }
+    return out << bytes;
+}
+
+}  // namespace rvl

@@ -1,0 +1,50 @@
+// Ravelin_SetGlobal( key ; value { ; moreOptions } ): stores, replaces or removes a value of the
+// global store, or empties the store.
+#include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
+#include "frame/exception_frame.h"
+#include "frame/functions.h"
+#include "globals/store.h"
+#include "info/answer_error.h"
+
+namespace {
+
+bool isEmptyText(const fmx::Data& value) {
+    return value.GetNativeType() == fmx::kDTText && value.GetAsText().GetSize() == 0;
+}
+
+// The option compared after the host's lower-casing: any mixture of case matches, nothing else.
+bool isDieOnClose(const fmx::Text& option) {
+    fmx::TextUniquePtr lowered;
+    lowered->SetText(option, 0, fmx::kSize_End);
+    lowered->Lowercase();
+    fmx::TextUniquePtr keyword;
+    keyword->Assign("dieonclose", fmx::kEncoding_Native);
+    return *lowered == *keyword;
+}
+
+}  // namespace
+
+fmx::errcode Ravelin_SetGlobal(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                               fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() < 2)
+            return rvl::AnswerBadParameters("Key and value must be specified", env, result);
+        const fmx::Text& key = args.AtAsText(0);
+        const fmx::Data& value = args.At(1);
+        // An empty key empties the whole store, local values of every file included.
+        if (isEmpty(key)) return rvl::globalDictionary.clean();
+        // Checked before the option, so that an empty value removes even with a bad option.
+        if (isEmptyText(value)) return rvl::globalDictionary.removeKeyValue(key);
+        if (args.Size() >= 3) {
+            if (!isDieOnClose(args.AtAsText(2))) {
+                return rvl::AnswerBadParameters("Unknown value of parameter moreOptions", env,
+                                                result);
+            }
+            rvl::globalDictionary.storeLocalValueForKey(env, key, value);
+        } else {
+            rvl::globalDictionary.storeValueForKey(key, value);
+        }
+        fmlib::FMData2FMData(value, result);
+    });
+}

@@ -1,0 +1,20 @@
+// The global store's process-wide objects. They are built when the plug-in is loaded and
+// destroyed when it is unloaded; nothing is saved.
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+#include "globals/dictionary.h"
+
+namespace rvl {
+
+// Serialises every operation on globalDictionary (see globals/dictionary.h).
+extern std::recursive_mutex gRecursiveMutex;
+extern Dictionary globalDictionary;
+
+// The interval for dropping values of closed files, set by Ravelin_Set "globalDieInterval".
+// Kept as a setting only: nothing schedules that clean-up yet.
+extern std::atomic<double> gCleanPeriod;
+
+}  // namespace rvl
