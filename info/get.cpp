@@ -1,0 +1,72 @@
+// Ravelin_Get( selector { ; moreOptions } ): the last error, the time, sorted numbers and the
+// inline-documentation switch. Successful selectors leave the last error as it was.
+#include <iterator>
+
+#include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
+#include "frame/exception_frame.h"
+#include "frame/functions.h"
+#include "frame/inline_doc.h"
+#include "info/answer_error.h"
+#include "info/sort_numbers.h"
+
+namespace {
+
+const char* gGetSelectors[] = {"lastError", "lastErrorMessage", "timestamp",
+                               "sort",      "stderr",           "inlineDocumentation"};
+enum GetSelector {
+    kLastError = 0,
+    kLastErrorMessage,
+    kTimestamp,
+    kSort,
+    kStderr,
+    kInlineDocumentation
+};
+
+void setNow(fmx::Data& result) {
+    fmx::DateTimeUniquePtr now;
+    fmlib::SetDateTimeToNow(*now);
+    result.SetAsTimeStamp(*now, fmx::kDTTimeStamp);
+}
+
+void setText(const char* text, fmx::Data& result) {
+    fmx::TextUniquePtr value;
+    value->Assign(text, fmx::kEncoding_Native);
+    result.SetAsText(*value, result.GetLocale(), fmx::kDTText);
+}
+
+}  // namespace
+
+fmx::errcode Ravelin_Get(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                         fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() == 0) return rvl::AnswerBadParameters("Not enough parameters", env, result);
+        switch (
+            fmlib::FindFMTextInArray(args.AtAsText(0), gGetSelectors, std::size(gGetSelectors))) {
+            case kLastError:
+                rvl::GetLastErrorCode(result, env);
+                break;
+            case kLastErrorMessage:
+                rvl::GetLastErrorMessage(result, env);
+                break;
+            case kTimestamp:
+                setNow(result);
+                break;
+            case kSort:
+                // The list is the second argument; without one there is nothing to sort.
+                if (args.Size() < 2)
+                    return rvl::AnswerBadParameters("Not enough parameters", env, result);
+                rvl::SortNumberInFMText(args.AtAsText(1), result);
+                break;
+            case kStderr:
+                rvl::GetLastScriptStderr(result, env);
+                break;
+            case kInlineDocumentation:
+                setText(getHumanReadableState(), result);
+                break;
+            default:
+                rvl::AnswerBadParameters("Unrecognized selector", env, result);
+                break;
+        }
+    });
+}

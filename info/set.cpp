@@ -1,0 +1,66 @@
+// Ravelin_Set( selector ; newValue ): the global store's clean-up interval and the
+// inline-documentation switch.
+#include <array>
+#include <cstring>
+#include <iterator>
+
+#include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
+#include "frame/exception_frame.h"
+#include "frame/functions.h"
+#include "frame/inline_doc.h"
+#include "frame/registry.h"
+#include "globals/store.h"
+#include "info/answer_error.h"
+
+namespace {
+
+const char* gSetSelectors[] = {"globalDieInterval", "inlineDocumentation"};
+enum SetSelector { kGlobalDieInterval = 0, kInlineDocumentation = 1 };
+
+// The value is read as at most 255 bytes of the host's native encoding.
+constexpr std::size_t kSwitchValueBytes = 256;
+
+void setCleanPeriod(const fmx::DataVect& args, fmx::Data& result) {
+    rvl::gCleanPeriod = args.AtAsNumber(1).AsFloat();
+    fmlib::FMData2FMData(args.At(1), result);
+}
+
+// Only "off", in lower case, turns the switch off; anything else turns it on. Either way the
+// whole table is registered again (what the host answers is not looked at).
+void setInlineDocumentation(const fmx::DataVect& args, fmx::Data& result) {
+    std::array<char, kSwitchValueBytes> value{};
+    args.AtAsText(1).GetBytes(value.data(), kSwitchValueBytes, 0, fmx::kSize_End,
+                              fmx::kEncoding_Native);
+    if (std::strcmp(value.data(), "off") == 0) {
+        turnOffInlineDoc();
+    } else {
+        turnOnInlineDoc();
+    }
+    UnRegisterExternalFunctions();
+    RegisterExternalFunctions();
+    fmx::TextUniquePtr state;
+    state->Assign(getHumanReadableState(), fmx::kEncoding_Native);
+    result.SetAsText(*state, result.GetLocale(), fmx::kDTText);
+}
+
+}  // namespace
+
+fmx::errcode Ravelin_Set(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                         fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() < 2) return rvl::AnswerBadParameters("Not enough parameters", env, result);
+        switch (
+            fmlib::FindFMTextInArray(args.AtAsText(0), gSetSelectors, std::size(gSetSelectors))) {
+            case kGlobalDieInterval:
+                setCleanPeriod(args, result);
+                break;
+            case kInlineDocumentation:
+                setInlineDocumentation(args, result);
+                break;
+            default:
+                rvl::AnswerBadParameters("Unrecognized selector", env, result);
+                break;
+        }
+    });
+}

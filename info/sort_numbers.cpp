@@ -1,0 +1,55 @@
+#include "info/sort_numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <locale>
+#include <sstream>
+#include <vector>
+
+namespace rvl {
+
+namespace {
+
+constexpr char kReturn = '\r';
+
+std::vector<double> readNumbers(std::string_view lines) {
+    std::vector<double> numbers;
+    double previous = 0;
+    std::size_t start = 0;
+    while (true) {
+        const std::size_t end = std::min(lines.find(kReturn, start), lines.size());
+        const std::string line(lines.substr(start, end - start));
+        double number = 0;
+        if (std::sscanf(line.c_str(), "%lf", &number) == 1) previous = number;
+        numbers.push_back(previous);
+        if (end == lines.size()) return numbers;
+        start = end + 1;
+    }
+}
+
+// Ascending, with NaN ("%lf" reads "nan") after every number, so that the order stays strict.
+bool ascending(double a, double b) { return !std::isnan(a) && (std::isnan(b) || a < b); }
+
+}  // namespace
+
+std::string sortNumberLines(std::string_view lines) {
+    std::vector<double> numbers = readNumbers(lines);
+    std::sort(numbers.begin(), numbers.end(), ascending);
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    for (double number : numbers) out << number << kReturn;
+    return out.str();
+}
+
+void SortNumberInFMText(const fmx::Text& list, fmx::Data& result) {
+    // One byte per unit in Mac Roman, plus the terminator.
+    std::vector<char> bytes(list.GetSize() + std::size_t{1}, '\0');
+    list.GetBytes(bytes.data(), static_cast<fmx::uint32>(bytes.size()), 0, fmx::kSize_End,
+                  fmx::kEncoding_ASCII_Mac);
+    fmx::TextUniquePtr sorted;
+    sorted->Assign(sortNumberLines(bytes.data()).c_str(), fmx::kEncoding_ASCII_Mac);
+    result.SetAsText(*sorted, result.GetLocale(), fmx::kDTText);
+}
+
+}  // namespace rvl

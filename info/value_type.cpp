@@ -1,0 +1,29 @@
+// Ravelin_ValueType( value ): the name of the value's native type.
+#include <iterator>
+
+#include "frame/exception_frame.h"
+#include "frame/functions.h"
+
+namespace {
+
+// Indexed by the host's native type code; an invalid value has no name.
+const char* const DataTypeNames[] = {"",     "Text",      "Number",    "Date",
+                                     "Time", "Timestamp", "Container", "Boolean"};
+
+const char* typeName(fmx::Data::DataType type) {
+    const auto code = static_cast<std::size_t>(type);
+    return code < std::size(DataTypeNames) ? DataTypeNames[code] : "";
+}
+
+}  // namespace
+
+// Answers 0 in every case, also when the frame caught an exception.
+fmx::errcode Ravelin_ValueType(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                               fmx::Data& result) {
+    rvl::RunInExceptionFrame(env, result, [&] {
+        fmx::TextUniquePtr name;
+        name->Assign(typeName(args.At(0).GetNativeType()), fmx::kEncoding_Native);
+        result.SetAsText(*name, result.GetLocale(), fmx::kDTText);
+    });
+    return 0;
+}
