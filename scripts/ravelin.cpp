@@ -1,0 +1,175 @@
+#include "scripts/ravelin.h"
+
+#include <utility>
+
+#include "scripts/due_time.h"
+#include "scripts/platform_log.h"
+
+namespace {
+
+// Clears the idle side's busy flag however the start ends.
+class BusyFlag {
+public:
+    explicit BusyFlag(std::atomic<bool>& flag) : flag_(flag) {}
+    ~BusyFlag() { flag_.store(false); }
+    BusyFlag(const BusyFlag&) = delete;
+    BusyFlag& operator=(const BusyFlag&) = delete;
+
+private:
+    std::atomic<bool>& flag_;
+};
+
+template <class F>
+class OnExit {
+public:
+    explicit OnExit(F f) : f_(std::move(f)) {}
+    ~OnExit() { f_(); }
+    OnExit(const OnExit&) = delete;
+    OnExit& operator=(const OnExit&) = delete;
+
+private:
+    F f_;
+};
+
+}  // namespace
+
+Ravelin& Ravelin::instance() {
+    static Ravelin shared(std::make_shared<SteadySchedulerClock>(), logToStandardError);
+    return shared;
+}
+
+Ravelin::Ravelin(std::shared_ptr<const SchedulerClock> clock, LogSink log)
+    : clock_(std::move(clock)), log_(std::move(log)) {}
+
+Ravelin::~Ravelin() {
+    {
+        std::lock_guard lock(mutex_);
+        stopping_ = true;
+    }
+    timerWake_.notify_all();
+    passDone_.notify_all();
+    if (timer_.joinable()) timer_.join();
+}
+
+void Ravelin::scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
+                             double delaySeconds) {
+    std::lock_guard lock(mutex_);
+    if (stopping_) return;
+    const std::optional<std::chrono::nanoseconds> due = dueTime(clock_->now(), delaySeconds);
+    // The timer would never look at it again.
+    if (!due) return;
+    startTimerLocked();
+    waiting_.emplace(
+        *due, FileMakerScript{std::move(scriptName), std::move(fileName), std::move(parameter)});
+    ++wakeups_;
+    timerWake_.notify_one();
+}
+
+void Ravelin::startTimerLocked() {
+    if (!timer_.joinable()) timer_ = std::thread(&Ravelin::runTimer, this);
+}
+
+void Ravelin::runTimer() noexcept {
+    std::unique_lock lock(mutex_);
+    while (!stopping_) {
+        const std::uint64_t seen = wakeups_;
+        try {
+            std::vector<std::string> lines = deliverDueLocked();
+            if (!lines.empty()) {
+                lock.unlock();
+                for (const std::string& line : lines) log(line);
+                lock.lock();
+            }
+        } catch (...) {
+            // Out of memory while delivering: the request being moved is lost, the rest wait.
+            if (!lock.owns_lock()) lock.lock();
+        }
+        passesDone_ = seen;
+        passDone_.notify_all();
+        if (stopping_ || wakeups_ != seen) continue;
+        try {
+            clock_->waitUntil(timerWake_, lock, earliestDueLocked());
+        } catch (...) {
+            if (!lock.owns_lock()) lock.lock();
+        }
+    }
+}
+
+std::vector<std::string> Ravelin::deliverDueLocked() {
+    std::vector<std::string> lines;
+    const std::chrono::nanoseconds now = clock_->now();
+    while (!waiting_.empty() && waiting_.begin()->first <= now) {
+        // Taken out first, so that a request that fails to move is not retried for ever.
+        auto request = waiting_.extract(waiting_.begin());
+        if (!scheduledScripts_) {
+            scheduledScripts_.emplace();
+            scheduledScripts_->reserve(kInitialCapacity);
+        }
+        if (log_) lines.push_back(describe(*scheduledScripts_));
+        scheduledScripts_->push_back(std::move(request.mapped()));
+        if (log_) lines.push_back(describe(*scheduledScripts_));
+    }
+    return lines;
+}
+
+std::optional<std::chrono::nanoseconds> Ravelin::earliestDueLocked() const {
+    if (waiting_.empty()) return std::nullopt;
+    return waiting_.begin()->first;
+}
+
+void Ravelin::clockAdvanced() {
+    std::unique_lock lock(mutex_);
+    if (!timer_.joinable() || stopping_) return;
+    const std::uint64_t target = ++wakeups_;
+    timerWake_.notify_one();
+    passDone_.wait(lock, [&] { return passesDone_ >= target || stopping_; });
+}
+
+std::optional<std::vector<FileMakerScript>> Ravelin::getScheduledScripts() const {
+    std::lock_guard lock(mutex_);
+    return scheduledScripts_;
+}
+
+void Ravelin::setScheduledScripts(std::optional<std::vector<FileMakerScript>> scripts) {
+    std::lock_guard lock(mutex_);
+    scheduledScripts_ = std::move(scripts);
+    ++arrayGeneration_;
+}
+
+std::size_t Ravelin::waitingCount() const {
+    std::lock_guard lock(mutex_);
+    return waiting_.size();
+}
+
+void Ravelin::performScheduledScripts(const StartScript& start) {
+    if (performing_.exchange(true)) return;
+    BusyFlag busy(performing_);
+
+    FileMakerScript next;
+    std::size_t index = 0;
+    std::uint64_t generation = 0;
+    {
+        std::lock_guard lock(mutex_);
+        if (!scheduledScripts_ || scheduledScripts_->empty()) return;
+        index = scheduledScripts_->size() - 1;
+        next = scheduledScripts_->back();
+        generation = arrayGeneration_;
+    }
+    // Only this side removes records and it is not re-entered, so the record keeps its index
+    // while the timer appends behind it.
+    OnExit drop([&] { dropStarted(index, generation); });
+    const fmx::errcode error = start(next);
+    if (error != 0) log(scriptErrorLine(error));
+}
+
+void Ravelin::dropStarted(std::size_t index, std::uint64_t arrayGeneration) noexcept {
+    std::lock_guard lock(mutex_);
+    if (arrayGeneration != arrayGeneration_ || !scheduledScripts_) return;
+    if (index < scheduledScripts_->size()) {
+        scheduledScripts_->erase(scheduledScripts_->begin() + static_cast<std::ptrdiff_t>(index));
+    }
+}
+
+void Ravelin::log(std::string_view line) const {
+    if (log_) log_(line);
+}
