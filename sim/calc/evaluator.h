@@ -1,4 +1,21 @@
 // Evaluates a parsed calculation against its context.
+//
+// Where the host's documentation is silent, this engine behaves as follows:
+// - Text positions and lengths count UTF-16 units (a character outside the BMP counts 2).
+// - Text compares with text ignoring case (= and <>, and < > in lower-cased code unit order);
+//   anything else compares as numbers, an empty value reading as 0.
+// - Division by zero, Mod/Div by zero, square roots of negatives and dates outside years 1 to
+//   4000 give the text "?" without an error, as the host shows them.
+// - An unknown bare word (such as No Error Message written without quotes) and an unknown
+//   function are 1208; the Let variable named twice in one Let is 1213 (plain names only);
+//   a repetition outside 1 .. 2^31-1, nesting beyond kMaxDepth and texts beyond kMaxTextUnits
+//   are 1200.
+// - An empty calculation is an empty text without error.
+// - Let sets "$" variables left to right as their values are computed; a syntax error sets
+//   nothing, a later evaluation error leaves the earlier ones set.
+// - If without a second result and Case without a default give an empty text.
+// - Plug-in functions are found (and their argument counts checked) when the calculation is
+//   parsed, and looked up again just before the call.
 #pragma once
 
 #include <string>

@@ -1,0 +1,51 @@
+// Speed of the substitute host's calculation engine on long texts and long expressions; the
+// reported complexity should stay linear.
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "sim/calc/context.h"
+#include "tests/sim/fake_context.h"
+
+namespace {
+
+void substituteOnLongText(benchmark::State& state) {
+    sim::fake::FakeContext context;
+    const auto units = static_cast<size_t>(state.range(0));
+    context.variables[{u"$$big", 1}] = sim::Value::text(std::u16string(units, u'a'));
+    for (auto _ : state) {
+        const sim::calc::Result r =
+            sim::calc::evaluate(u"Substitute ( $$big ; \"a\" ; \"bc\" )", context);
+        benchmark::DoNotOptimize(r.value.textValue().size());
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(substituteOnLongText)->RangeMultiplier(4)->Range(1 << 16, 1 << 22)->Complexity();
+
+void valuesOfLongList(benchmark::State& state) {
+    sim::fake::FakeContext context;
+    std::u16string list;
+    for (int64_t i = 0; i < state.range(0); ++i) list += u"value\r";
+    context.variables[{u"$$list", 1}] = sim::Value::text(list);
+    for (auto _ : state) {
+        const sim::calc::Result r =
+            sim::calc::evaluate(u"ValueCount ( $$list ) & GetValue ( $$list ; 1000 )", context);
+        benchmark::DoNotOptimize(r.error);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(valuesOfLongList)->RangeMultiplier(4)->Range(1 << 12, 1 << 18)->Complexity();
+
+void longConcatenation(benchmark::State& state) {
+    sim::fake::FakeContext context;
+    std::u16string calculation = u"\"\"";
+    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" & \"abcdefgh\"";
+    for (auto _ : state) {
+        const sim::calc::Result r = sim::calc::evaluate(calculation, context);
+        benchmark::DoNotOptimize(r.error);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(longConcatenation)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity();
+
+}  // namespace
