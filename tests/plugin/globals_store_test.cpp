@@ -1,0 +1,176 @@
+// The global store's file bindings, seen from inside: rvl::Dictionary and the SetGlobal function
+// of the plug-in's objects linked into the tests, in a host with the files Contacts and Invoices.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "frame/functions.h"
+#include "globals/dictionary.h"
+#include "globals/store.h"
+#include "info_test_support.h"
+#include "plugin_test_support.h"
+#include "sim/encoding.h"
+#include "sim/faults.h"
+
+namespace {
+
+using info_test::text;
+using plugin_test::makeText;
+
+class Store : public ::testing::Test {
+protected:
+    Store() { rvl::globalDictionary.clean(); }
+    ~Store() override {
+        sim::faults::clear();
+        rvl::globalDictionary.clean();
+    }
+
+    static sim::SessionOptions files() {
+        sim::SessionOptions o;
+        o.fileName = "Contacts";
+        o.otherFiles = {"Invoices"};
+        return o;
+    }
+    static sim::Env envIn(std::u16string file) {
+        sim::Env env;
+        env.file = std::move(file);
+        return env;
+    }
+    // Stores `key` = `number` bound to the file `env`'s calculations run in.
+    void storeLocal(rvl::Dictionary& d, const sim::Env& env, std::u16string_view key,
+                    double number) {
+        d.storeLocalValueForKey(env.handleRef(), *makeText(key),
+                                *sim::makeData(sim::Value::number(number)));
+    }
+    static std::string load(const rvl::Dictionary& d, std::u16string_view key) {
+        sim::DataHandle out = sim::makeData();
+        d.loadValueForKey(*makeText(key), *out);
+        return sim::toUtf8(sim::valueOf(*out).asText().units());
+    }
+    void setGlobal(std::vector<sim::Value> args, std::u16string file) {
+        EXPECT_EQ(info_test::call(Ravelin_SetGlobal, args, std::move(file)).code, 0);
+    }
+
+    sim::Session session_{files()};
+    sim::Env contacts_ = envIn(u"Contacts");
+    sim::Env invoices_ = envIn(u"Invoices");
+};
+
+TEST_F(Store, FirstFileKeepsTheKeyUntilAPlainStore) {
+    rvl::Dictionary& d = rvl::globalDictionary;
+    setGlobal({text(u"k"), sim::Value::number(1), text(u"dieonclose")}, u"Contacts");
+    EXPECT_EQ(d.boundFile_(u"k"), u"Contacts");
+    setGlobal({text(u"k"), sim::Value::number(2), text(u"DIEONCLOSE")}, u"Invoices");
+    EXPECT_EQ(d.boundFile_(u"k"), u"Contacts");
+    EXPECT_EQ(load(d, u"k"), "2");
+    setGlobal({text(u"k"), sim::Value::number(3)}, u"Contacts");
+    EXPECT_EQ(d.boundFile_(u"k"), u"");  // global now
+    EXPECT_EQ(load(d, u"k"), "3");
+    setGlobal({text(u"k"), sim::Value::number(4), text(u"DieOnClose")}, u"Invoices");
+    EXPECT_EQ(d.boundFile_(u"k"), u"Invoices");
+}
+
+TEST_F(Store, EmptyKeyDropsValuesAndBindings) {
+    setGlobal({text(u"a"), sim::Value::number(1), text(u"dieonclose")}, u"Contacts");
+    setGlobal({text(u"b"), sim::Value::number(2), text(u"dieonclose")}, u"Invoices");
+    setGlobal({text(u""), text(u"x")}, u"Contacts");
+    EXPECT_EQ(rvl::globalDictionary.size(), 0u);
+    EXPECT_EQ(rvl::globalDictionary.boundFile_(u"a"), u"");
+    EXPECT_EQ(rvl::globalDictionary.boundFile_(u"b"), u"");
+}
+
+TEST_F(Store, CleanLocalKeysKeepsOnlyWholeOpenFileNames) {
+    rvl::Dictionary d;
+    storeLocal(d, invoices_, u"kept", 1);
+    storeLocal(d, contacts_, u"also kept", 2);
+    storeLocal(d, envIn(u"Invoice"), u"prefix", 3);  // not open: Get( FileName ) names it still
+    ASSERT_TRUE(session_.host().closeFile(u"Invoices"));
+    storeLocal(d, envIn(u"invoices"), u"lower case", 4);
+    session_.host().openFile(u"Invoices");
+    d.storeValueForKey(*makeText(u"global"), *sim::makeData(sim::Value::number(5)));
+    ASSERT_EQ(d.boundFile_(u"prefix"), u"Invoice");
+    ASSERT_EQ(d.boundFile_(u"lower case"), u"invoices");
+
+    d.cleanLocalKeys(contacts_.handleRef());
+    EXPECT_EQ(load(d, u"kept"), "1");
+    EXPECT_EQ(load(d, u"also kept"), "2");
+    EXPECT_EQ(load(d, u"global"), "5");
+    EXPECT_FALSE(d.contains_(u"prefix"));
+    EXPECT_FALSE(d.contains_(u"lower case"));
+    EXPECT_EQ(d.boundFile_(u"prefix"), u"");
+    EXPECT_EQ(d.size(), 3u);
+}
+
+TEST_F(Store, FailingDatabaseNamesChangesNothing) {
+    rvl::Dictionary d;
+    ASSERT_TRUE(session_.host().closeFile(u"Invoices"));
+    storeLocal(d, invoices_, u"closed", 1);
+    sim::Env dead;
+    dead.magic = 0;  // the host answers 1200 for an environment that is not live
+    d.cleanLocalKeys(dead.handleRef());
+    sim::faults::failFunction("FM_ExprEnv_Evaluate", 2);
+    EXPECT_THROW(d.cleanLocalKeys(contacts_.handleRef()), std::exception);
+    sim::faults::clear();
+    EXPECT_EQ(d.boundFile_(u"closed"), u"Invoices");
+    d.cleanLocalKeys(contacts_.handleRef());
+    EXPECT_FALSE(d.contains_(u"closed"));
+}
+
+TEST_F(Store, UnknownFileNameLeavesTheValueGlobal) {
+    rvl::Dictionary d;
+    sim::Env dead;
+    dead.magic = 0;
+    storeLocal(d, dead, u"k", 1);
+    EXPECT_EQ(load(d, u"k"), "1");
+    EXPECT_EQ(d.boundFile_(u"k"), u"");
+
+    // A host failure while asking for the name: the value is stored first all the same, and
+    // the failure only matters to a key that is not bound yet.
+    sim::faults::failFunction("FM_ExprEnv_Evaluate", 2);
+    EXPECT_THROW(storeLocal(d, contacts_, u"new", 2), std::exception);
+    sim::faults::clear();
+    EXPECT_EQ(load(d, u"new"), "2");
+    EXPECT_EQ(d.boundFile_(u"new"), u"");
+    storeLocal(d, contacts_, u"bound", 3);
+    sim::faults::failFunction("FM_ExprEnv_Evaluate", 2);
+    EXPECT_NO_THROW(storeLocal(d, invoices_, u"bound", 4));
+    sim::faults::clear();
+    EXPECT_EQ(load(d, u"bound"), "4");
+    EXPECT_EQ(d.boundFile_(u"bound"), u"Contacts");
+}
+
+TEST_F(Store, RemovalAndCleanAreHarmlessOnMissingKeys) {
+    rvl::Dictionary d;
+    d.clean();
+    d.removeKeyValue(*makeText(u"none"));
+    storeLocal(d, contacts_, u"k", 1);
+    d.removeKeyValue(*makeText(u"K"));  // keys are case-sensitive
+    EXPECT_EQ(d.boundFile_(u"k"), u"Contacts");
+    d.removeKeyValue(*makeText(u"k"));
+    EXPECT_FALSE(d.contains_(u"k"));
+    EXPECT_EQ(d.boundFile_(u"k"), u"");
+    storeLocal(d, contacts_, u"k", 1);
+    d.clean();
+    EXPECT_EQ(load(d, u"k"), "");
+}
+
+TEST(StoreKeys, PrintAsUtf8) {
+    const struct {
+        std::u16string key;
+        std::string printed;
+    } cases[] = {
+        {u"Name", "Name"},
+        {u"K\u00e9y \u2713", "K\xC3\xA9y \xE2\x9C\x93"},
+        {u"\U0001F600", "\xF0\x9F\x98\x80"},
+        {std::u16string(1, u'\xD800') + u"x", "?x"},  // an unpaired surrogate
+    };
+    for (const auto& c : cases) {
+        std::ostringstream out;
+        rvl::operator<<(out, c.key);
+        EXPECT_EQ(out.str(), c.printed);
+    }
+}
+
+}  // namespace
