@@ -1,0 +1,143 @@
+// Ravelin_MergeText through the substitute host with the built plug-in loaded: the scan rules,
+// the per-call cache (evaluations counted with "$$" counters) and styles.
+#include "merge/merge_text.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "frame/functions.h"
+#include "merge/results_map.h"
+#include "sim/handles.h"
+#include "sim/session/env.h"
+#include "sim/session/session.h"
+
+namespace {
+
+// The calculation Ravelin_MergeText ( "template" ), quotes inside the template escaped.
+std::string mergeCalc(const std::string& templ) {
+    std::string quoted;
+    for (char ch : templ) {
+        if (ch == '"' || ch == '\\') quoted += '\\';
+        quoted += ch;
+    }
+    return "Ravelin_MergeText ( \"" + quoted + "\" )";
+}
+
+class MergeText : public ::testing::Test {
+protected:
+    MergeText() {
+        sim::SessionOptions o;
+        o.pluginPath = RAVELIN_PLUGIN_PATH;
+        session_.emplace(o);
+    }
+
+    sim::EvalResult eval(const std::string& calc) { return session_->eval(calc); }
+
+    std::optional<sim::Session> session_;
+    sim::Env env_;
+};
+
+TEST_F(MergeText, FillsTemplates) {
+    const char* const kCount = "Let ( $$n = $$n + 1 ; $$n )";
+    const char* const kFailing = "Let ( $$f = $$f + 1 ; Evaluate ( \"1 +\" ) )";
+    const struct {
+        const char* name;
+        std::string templ;
+        std::string merged;
+        const char* evaluations;  // $$n afterwards
+        const char* failures;     // $$f afterwards
+    } cases[] = {
+        {"no markers", "plain text, no spans", "plain text, no spans", "", ""},
+        {"literal parts around spans", "a <<1 + 1>> b <<\"x\" & \"y\">> c", "a 2 b xy c", "", ""},
+        {"a repeat is evaluated once", std::string("<<") + kCount + ">>/<<" + kCount + ">>", "1/1",
+         "1", ""},
+        {"an extra blank is another expression",
+         std::string("<<") + kCount + ">>/<<" + kCount + " >>/<<" + kCount + ">>", "1/2/1", "2",
+         ""},
+        {"a failing expression stands for itself and is retried",
+         std::string("<<") + kFailing + ">>|<<" + kFailing + ">>",
+         std::string(kFailing) + "|" + kFailing, "", "2"},
+        {"a syntax error", "x <<1 +>> y", "x 1 + y", "", ""},
+        {"a stray >> in front leaves everything",
+         std::string(">> <<1 + 1>> and <<") + kCount + ">> end",
+         std::string(">> <<1 + 1>> and <<") + kCount + ">> end", "", ""},
+        {"a stray >> later stops the rest", "<<1 + 1>> >> <<2 + 2>> <<3>>", "2 >> <<2 + 2>> <<3>>",
+         "", ""},
+        {"an unterminated <<", "x <<1 + 1>> y <<2 + 2", "x 2 y <<2 + 2", "", ""},
+        {"no nesting", "<<1 <<2>> 3>>", "1 <<2 3>>", "", ""},
+        {"an empty span", "a<<>>b<<>>", "ab", "", ""},
+        {"markers at the edges", "<<1>><<2>>", "12", "", ""},
+        {"unicode around spans", "héllo 😀 <<\"wörld\">> 😀", "héllo 😀 wörld 😀", "", ""},
+        {"a non-ASCII result from the cache", "<<Upper ( \"émile\" )>> <<Upper ( \"émile\" )>>",
+         "ÉMILE ÉMILE", "", ""},
+        // The cache reads UTF-8 into two bytes per unit, its terminating zero included.
+        {"a short non-ASCII result is cut in the cache", "<<\"é\">>/<<\"é\">>", "é/", "", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        eval("Let ( [ $$n = \"\" ; $$f = \"\" ; $$Ravelin_LastError = 7 ] ; 1 )");
+        const sim::EvalResult r = eval(mergeCalc(c.templ));
+        EXPECT_EQ(r.error, 0);
+        EXPECT_EQ(r.type, "Text");
+        EXPECT_EQ(r.text, c.merged);
+        EXPECT_EQ(eval("$$n").text, c.evaluations);
+        EXPECT_EQ(eval("$$f").text, c.failures);
+        EXPECT_EQ(eval("$$Ravelin_LastError").text, "7");  // left as it was
+    }
+}
+
+// Literal parts are copied range by range with their styles; a first result keeps the styles
+// the host gave it, a repeat from the cache comes back plain.
+TEST_F(MergeText, KeepsStylesOfLiteralPartsAndFirstResults) {
+    const sim::EvalResult r = eval(
+        "Ravelin_MergeText ( TextStyleAdd ( \"Dear \" ; Bold ) & \"<<TextStyleAdd ( "
+        "\\\"x\\\" ; Italic )>>, \" & TextColor ( \"hi\" ; RGB ( 255 ; 0 ; 0 ) ) & "
+        "\"<<TextStyleAdd ( \\\"x\\\" ; Italic )>>\" )");
+    ASSERT_EQ(r.error, 0);
+    ASSERT_EQ(r.text, "Dear x, hix");
+    const sim::Text& text = r.value.textValue();
+    const sim::CharStyle plain{};
+    EXPECT_NE(text.styleAt(0), plain);  // "Dear " bold
+    EXPECT_EQ(text.styleAt(0), text.styleAt(4));
+    EXPECT_NE(text.styleAt(5), text.styleAt(0));  // the first "x" italic
+    EXPECT_NE(text.styleAt(5), plain);
+    EXPECT_EQ(text.styleAt(6), plain);     // ", "
+    EXPECT_TRUE(text.styleAt(8).colorOn);  // "hi" red
+    EXPECT_EQ(text.styleAt(8).color, (sim::Rgb{255, 0, 0, 255}));
+    EXPECT_EQ(text.styleAt(10), plain);  // the cached "x"
+}
+
+TEST_F(MergeText, WithoutArgumentsReportsMissingParameters) {
+    const sim::DataVectHandle none = sim::makeDataVect({});
+    const sim::DataHandle result = sim::makeData();
+    EXPECT_EQ(Ravelin_MergeText(7, env_.handleRef(), *none, *result), 0);
+    EXPECT_EQ(sim::valueOf(*result).asNumber().value, -50);
+    EXPECT_EQ(eval("$$Ravelin_LastError").text, "-50");
+    EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text, "Not enough parameters");
+}
+
+TEST_F(MergeText, PerformMergeTextAssertsAnArgument) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const sim::DataVectHandle none = sim::makeDataVect({});
+    const sim::DataHandle result = sim::makeData();
+    EXPECT_DEATH(PerformMergeText(env_.handleRef(), *none, *result),
+                 "dataVect.Size\\(\\) > 0.*PerformMergeText");
+}
+
+TEST_F(MergeText, ResultsMapFindsOnlyWhatWasAdded) {
+    ResultsMap cache;
+    const sim::TextHandle expr = sim::makeText(sim::Text(u"1 + 1"));
+    const sim::TextHandle other = sim::makeText(sim::Text(u"1 + 1 "));
+    const sim::TextHandle out = sim::makeText(sim::Text(u"untouched"));
+    EXPECT_EQ(cache.find(*expr, *out), ResultsMap::kNotCached);
+    EXPECT_EQ(sim::textOf(*out).units(), u"untouched");
+    EXPECT_EQ(cache.add(*expr, *sim::makeText(sim::Text(u"2"))), 0);
+    EXPECT_EQ(cache.add(*expr, *sim::makeText(sim::Text(u"3"))), 0);  // never replaced
+    EXPECT_EQ(cache.find(*other, *out), ResultsMap::kNotCached);
+    EXPECT_EQ(cache.find(*expr, *out), 0);
+    EXPECT_EQ(sim::textOf(*out).units(), u"2");
+}
+
+}  // namespace

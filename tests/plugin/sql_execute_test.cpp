@@ -1,0 +1,120 @@
+// Ravelin_ExecuteSQL through the substitute host with the built plug-in loaded: separators, the
+// rows' text forms, and the last error it leaves behind.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "frame/functions.h"
+#include "sim/faults.h"
+#include "sim/handles.h"
+#include "sim/session/env.h"
+#include "sim/session/session.h"
+
+namespace {
+
+constexpr char kSeed[] = R"(
+CREATE TABLE abc (k INTEGER, x TEXT, y TEXT, z TEXT);
+INSERT INTO abc VALUES (1, 'a', 'b', 'c'), (2, 'd', 'e', 'f');
+CREATE TABLE typed (i INTEGER, r REAL, d DATE, t TIME, ts TIMESTAMP, s TEXT, n TEXT);
+INSERT INTO typed VALUES (42, 2.5, '2024-01-31', '13:05:00', '2024-01-31 13:05:00', 'x', NULL),
+                         (-7, 0.25, '0001-01-01', '00:00:07', '1999-12-31 23:59:59', 'y', NULL);
+CREATE TABLE words (k INTEGER, s TEXT);
+INSERT INTO words VALUES (1, 'b, c'), (2, 'héllo wörld 😀'), (3, 'tab	inside');
+CREATE TABLE blank (x TEXT);
+)";
+
+class ExecuteSql : public ::testing::Test {
+protected:
+    ExecuteSql() {
+        sim::SessionOptions o;
+        o.pluginPath = RAVELIN_PLUGIN_PATH;
+        o.seedSql = kSeed;
+        session_.emplace(o);
+    }
+    ~ExecuteSql() override { sim::faults::clear(); }
+
+    sim::EvalResult eval(const std::string& calc) { return session_->eval(calc); }
+    void setLastError(int code) {
+        eval("Let ( [ $$Ravelin_LastError = " + std::to_string(code) +
+             " ; $$Ravelin_LastErrorMessage = \"earlier\" ] ; 1 )");
+    }
+    std::string lastError() { return eval("$$Ravelin_LastError").text; }
+    std::string lastMessage() { return eval("$$Ravelin_LastErrorMessage").text; }
+
+    std::optional<sim::Session> session_;
+    sim::Env env_;  // for calling the function directly, in the current file
+};
+
+TEST_F(ExecuteSql, JoinsRowsAndRecordsTheOutcome) {
+    const struct {
+        const char* name;
+        std::string args;  // the arguments inside Ravelin_ExecuteSQL ( ... )
+        std::u16string text;
+        const char* type;
+        const char* lastError;
+        const char* lastMessage;
+    } cases[] = {
+        {"default separators", R"("SELECT x, y, z FROM abc ORDER BY k")", u"a\tb\tc\rd\te\tf",
+         "Text", "0", "No Error Message"},
+        {"only the first unit of a field separator",
+         R"("SELECT x, y, z FROM abc ORDER BY k" ; ", ")", u"a,b,c\rd,e,f", "Text", "0",
+         "No Error Message"},
+        {"both separators", R"("SELECT x, y, z FROM abc ORDER BY k" ; ";" ; "|x")", u"a;b;c|d;e;f",
+         "Text", "0", "No Error Message"},
+        {"empty separators keep the defaults", R"("SELECT x, y, z FROM abc ORDER BY k" ; "" ; "")",
+         u"a\tb\tc\rd\te\tf", "Text", "0", "No Error Message"},
+        {"arguments after the third are ignored",
+         R"("SELECT x, y FROM abc ORDER BY k" ; "-" ; "+" ; "?" ; "!")", u"a-b+d-e", "Text", "0",
+         "No Error Message"},
+        {"a surrogate half as separator", R"("SELECT x, y FROM abc WHERE k = 1" ; "😀")",
+         u"a\xD83D"
+         u"b",
+         "Text", "0", "No Error Message"},
+        {"no quoting", R"("SELECT k, s FROM words WHERE k IN ( 1, 3 ) ORDER BY k" ; ",")",
+         u"1,b, c\r3,tab\tinside", "Text", "0", "No Error Message"},
+        {"unicode survives", R"("SELECT s FROM words WHERE k = 2")", u"héllo wörld 😀", "Text", "0",
+         "No Error Message"},
+        {"SQL text forms", R"("SELECT i, r, d, t, ts, s, n FROM typed ORDER BY i DESC" ; ",")",
+         u"42,2.5,2024-01-31,13:05:00,2024-01-31 13:05:00,x,\r"
+         u"-7,0.25,0001-01-01,00:00:07,1999-12-31 23:59:59,y,",
+         "Text", "0", "No Error Message"},
+        {"empty result", R"("SELECT x FROM blank")", u"", "Text", "0", "No Error Message"},
+        {"syntax error", R"("SELEKT x FROM abc")", u"8310", "Number", "8310", "SQL Error"},
+        {"unknown table", R"("SELECT x FROM nowhere")", u"8310", "Number", "8310", "SQL Error"},
+        {"unknown column", R"("SELECT nope FROM abc")", u"8310", "Number", "8310", "SQL Error"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        setLastError(99);
+        const sim::EvalResult r = eval("Ravelin_ExecuteSQL ( " + c.args + " )");
+        EXPECT_EQ(r.error, 0);
+        EXPECT_EQ(r.type, c.type);
+        EXPECT_EQ(r.value.asText().units(), c.text);
+        EXPECT_EQ(lastError(), c.lastError);
+        EXPECT_EQ(lastMessage(), c.lastMessage);
+    }
+}
+
+TEST_F(ExecuteSql, WithoutArgumentsAnswersNothing) {
+    setLastError(99);
+    const sim::DataVectHandle none = sim::makeDataVect({});
+    const sim::DataHandle result = sim::makeData();
+    EXPECT_EQ(Ravelin_ExecuteSQL(4, env_.handleRef(), *none, *result), 0);
+    EXPECT_EQ(sim::valueOf(*result).type(), sim::Type::Invalid);
+    EXPECT_EQ(lastError(), "99");
+}
+
+// No exception frame: a failing host call leaves the function towards the host.
+TEST_F(ExecuteSql, HostFailuresLeaveTheFunction) {
+    setLastError(99);
+    const sim::DataVectHandle args = sim::makeDataVect({sim::Value::text(u"SELECT 1")});
+    const sim::DataHandle result = sim::makeData();
+    sim::faults::failFunction("FM_ExprEnv_ExecuteFileSQL", 2);
+    EXPECT_THROW(Ravelin_ExecuteSQL(4, env_.handleRef(), *args, *result), std::exception);
+    sim::faults::clear();
+    EXPECT_EQ(sim::valueOf(*result).type(), sim::Type::Invalid);
+    EXPECT_EQ(lastError(), "99");
+}
+
+}  // namespace
