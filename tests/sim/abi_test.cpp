@@ -1,8 +1,11 @@
 // The host's C interface as a plug-in sees it, through the fmx wrappers.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "host/fmx.h"
 #include "sim/faults.h"
@@ -219,14 +222,14 @@ TEST(Abi, DateTimeAndSeconds) {
 
 TEST(Abi, FontsAndContainers) {
     fmx::DataUniquePtr d;
-    fmx::ExprEnv* noEnv = reinterpret_cast<fmx::ExprEnv*>(d.get());  // never read by font calls
+    fmx::ExprEnvUniquePtr env;
     _fmxcpt x;
-    const fmx::uint16 id = FM_Data_GetPostscriptFontID(d.get(), *textOf("Helvetica"), *noEnv, x);
+    const fmx::uint16 id = FM_Data_GetPostscriptFontID(d.get(), *textOf("Helvetica"), *env, x);
     fmx::TextUniquePtr name;
-    EXPECT_TRUE(d->GetFontInfo(id, *name, *noEnv));
+    EXPECT_TRUE(d->GetFontInfo(id, *name, *env));
     EXPECT_EQ(bytesOf(*name), "Helvetica");
-    EXPECT_EQ(FM_Data_GetPostscriptFontID(d.get(), *textOf("HELVETICA"), *noEnv, x), id);
-    EXPECT_FALSE(d->GetFontInfo(0xFFF0, *name, *noEnv));
+    EXPECT_EQ(FM_Data_GetPostscriptFontID(d.get(), *textOf("HELVETICA"), *env, x), id);
+    EXPECT_FALSE(d->GetFontInfo(0xFFF0, *name, *env));
     EXPECT_EQ(x.m_code, 0);
 
     char bytes[] = "%PDF";
@@ -243,6 +246,28 @@ TEST(Abi, FontsAndContainers) {
     EXPECT_EQ(d->GetNativeType(), fmx::kDTBinary);
     EXPECT_EQ(bytesOf(d->GetAsText()), "report.pdf");
     EXPECT_TRUE(d->GetBinaryData() == *file);
+}
+
+// The font table and the call counter are host-wide: several threads use them at once.
+TEST(Abi, FontsAcrossThreads) {
+    std::atomic<int> mismatches{0};
+    std::vector<std::thread> threads;
+    for (int k = 0; k < 4; ++k) {
+        threads.emplace_back([&] {
+            fmx::ExprEnvUniquePtr env;
+            fmx::DataUniquePtr d;
+            for (int i = 0; i < 200; ++i) {
+                const std::string name = "Font " + std::to_string(i % 20);
+                _fmxcpt x;
+                const fmx::uint16 id =
+                    FM_Data_GetPostscriptFontID(d.get(), *textOf(name.c_str()), *env, x);
+                fmx::TextUniquePtr back;
+                if (!d->GetFontInfo(id, *back, *env) || bytesOf(*back) != name) ++mismatches;
+            }
+        });
+    }
+    for (auto& t : threads) t.join();
+    EXPECT_EQ(mismatches.load(), 0);
 }
 
 TEST(Abi, Vectors) {
