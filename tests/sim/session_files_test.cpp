@@ -37,6 +37,7 @@ sim::SessionOptions withScripts() {
         {"Collect", "Let ( $$seen = $$seen & Get ( ScriptParameter ) ; 1 )"},
         {"Chain", "Let ( $$seen = $$seen & \"c\" ; Fake_Start ( \"Collect\" ; \"!\" ) )"},
         {"Locals", "Let ( $local = $local + 1 ; $local )"},
+        {"Loop", "Fake_Start ( \"Loop\" ; Get ( ScriptParameter ) + 1 )"},
     };
     return o;
 }
@@ -71,7 +72,7 @@ TEST_F(FilesTest, DatabaseNamesListTheCurrentFileFirst) {
 }
 
 TEST_F(FilesTest, ScriptNamesListTheFilesScriptsInOrder) {
-    EXPECT_EQ(session.eval("ScriptNames ( \"\" )").text, "Hello\rCollect\rChain\rLocals");
+    EXPECT_EQ(session.eval("ScriptNames ( \"\" )").text, "Hello\rCollect\rChain\rLocals\rLoop");
     session.host().addScript(u"Second", u"Only", u"1");
     EXPECT_EQ(session.eval("ScriptNames ( \"Second\" )").text, "Only");
     EXPECT_EQ(session.eval("ScriptNames ( \"\" )", "Third").text, "");
@@ -123,6 +124,13 @@ TEST_F(FilesTest, ScriptsGetTheirParameterAndFreshLocals) {
     EXPECT_EQ(runs[1].result.asText().units(), u"1");
     EXPECT_EQ(runs[2].result.asText().units(), u"1");
     EXPECT_EQ(session.eval("$local").text, "10");
+}
+
+TEST_F(FilesTest, AScriptThatKeepsStartingItselfDoesNotHangTheHost) {
+    session.eval("Fake_Start ( \"Loop\" ; 1 )");
+    EXPECT_EQ(session.scriptRuns().size(), sim::Host::kMaxRunsPerDrain);
+    EXPECT_EQ(session.host().queuedScripts(), 1u);
+    EXPECT_EQ(session.scriptRuns().back().parameter, std::to_string(sim::Host::kMaxRunsPerDrain));
 }
 
 TEST_F(FilesTest, IdleRunsWhatIsQueued) {

@@ -40,6 +40,16 @@ fmx::errcode fileThroughCurrentEnv(short, const fmx::ExprEnv&, const fmx::DataVe
     return own->Evaluate(*makeText(u"Get ( FileName )"), result);
 }
 
+// Fake_Get ( selector ): the host's answer to EvaluateGetFunction, or the error code as text.
+fmx::errcode getFunction(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                         fmx::Data& result) {
+    const auto selector = static_cast<short>(sim::valuesOf(args).at(0).asNumber().value);
+    const fmx::errcode error = env.EvaluateGetFunction(selector, result);
+    if (error)
+        sim::setValue(result, sim::Value::text(u"error " + sim::fromUtf8(std::to_string(error))));
+    return 0;
+}
+
 class FunctionsTest : public ::testing::Test {
 protected:
     sim::Session session{noPlugin()};
@@ -125,6 +135,25 @@ TEST_F(FunctionsTest, NestedEvaluationSharesTheCallersVariablesAndFile) {
     EXPECT_EQ(session.eval("Fake_Eval ( \"1 +\" )").error != 0, true);
     EXPECT_EQ(session.eval("Fake_File", "Other").text, "Other");
     EXPECT_EQ(session.eval("Fake_File").text, "Demo");
+}
+
+TEST_F(FunctionsTest, GetFunctionsAnswerForTheCallingFile) {
+    session.host().openFile(u"Other");
+    session.host().setClock([] { return sim::DateTime::fromYmd(2024, 1, 31); });
+    ASSERT_EQ(registerFunction(1, u"Fake_Get", 1, 1, getFunction), 0);
+    struct Case {
+        const char* calc;
+        const char* file;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"Fake_Get ( 1005 )", "Demo", "Demo"},
+        {"Fake_Get ( 1005 )", "Other", "Other"},
+        {"Fake_Get ( 1062 )", "Demo", ""},
+        {"Fake_Get ( 1002 ) = Date ( 1 ; 31 ; 2024 )", "Demo", "1"},
+        {"Fake_Get ( 1004 )", "Demo", "error 1215"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(session.eval(c.calc, c.file).text, c.text) << c.calc;
 }
 
 TEST_F(FunctionsTest, ConcurrentEvaluationsWithCallbacks) {
