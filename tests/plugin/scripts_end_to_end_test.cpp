@@ -1,27 +1,29 @@
-// Scripts through the built plug-in: fmsim with real short delays, several threads at once, and
-// unloading with requests still waiting.
+// Scripts through the built plug-in: fmsim with real short delays, and unloading with requests
+// still waiting.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <string>
-#include <thread>
 
 #include "sim/session/session.h"
 
 namespace {
 
-// fmsim's standard output.
+// fmsim's standard output, and "exit N" when it does not exit with 0 (a sanitizer's report
+// changes the exit code).
 std::string fmsimOutput(const std::string& args) {
-    FILE* pipe =
-        popen((std::string(FMSIM_PATH) + " " + args + " 2>/dev/null </dev/null").c_str(), "r");
+    const std::string command = std::string(FMSIM_PATH) + " " + args + " 2>/dev/null </dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return "popen failed";
     std::string out;
     char buffer[4096];
     for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-    pclose(pipe);
+    const int status = pclose(pipe);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "exit " + std::to_string(status);
     return out;
 }
 
@@ -56,35 +58,13 @@ sim::SessionOptions withPlugin() {
     return o;
 }
 
-std::size_t threadCount() {
-    std::size_t n = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
-        (void)entry;
-        ++n;
-    }
-    return n;
-}
-
-TEST(ScriptsThroughThePlugin, RequestsFromSeveralThreadsWhileIdling) {
-    constexpr int kThreads = 3, kPerThread = 40;
-    sim::Session session(withPlugin());
-    ASSERT_EQ(session.initResult(), 57);
-    std::vector<std::thread> callers;
-    for (int t = 0; t < kThreads; ++t) {
-        callers.emplace_back([&session, t] {
-            for (int i = 0; i < kPerThread; ++i) {
-                session.eval("Ravelin_DoFileMakerScript ( \"Hello\" ; " + std::to_string(t) +
-                             " ; " + std::to_string(i % 3) + " / 1000 )");
-            }
-        });
-    }
-    while (session.scriptRuns().size() < kThreads * kPerThread) session.idle(kFMXT_UserIdle);
-    for (auto& c : callers) c.join();
-    EXPECT_EQ(session.scriptRuns().size(), std::size_t{kThreads * kPerThread});
+std::ptrdiff_t threadCount() {
+    namespace fs = std::filesystem;
+    return std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator());
 }
 
 TEST(ScriptsThroughThePlugin, UnloadingWithWaitingRequestsStopsTheTimer) {
-    const std::size_t threadsBefore = threadCount();
+    const std::ptrdiff_t threadsBefore = threadCount();
     for (int round = 0; round < 5; ++round) {
         sim::Session session(withPlugin());
         for (const char* delay : {"0", "0.001", "3600"}) {

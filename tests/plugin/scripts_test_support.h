@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cmath>
 #include <mutex>
 #include <string>
@@ -14,10 +13,10 @@
 
 namespace scripts_test {
 
+// Time moves only when the test says so; the test then wakes the timer itself.
 class ManualClock : public SchedulerClock {
 public:
     std::chrono::nanoseconds now() const override { return now_.load(); }
-    // Time only moves when the test says so, and the test then wakes the timer itself.
     void waitUntil(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
                    std::optional<std::chrono::nanoseconds>) const override {
         wake.wait(lock);
@@ -31,24 +30,17 @@ private:
     std::atomic<std::chrono::nanoseconds> now_{std::chrono::nanoseconds(0)};
 };
 
-class CapturedLog {
-public:
-    void operator()(std::string_view line) {
-        std::lock_guard lock(mutex_);
-        lines_.emplace_back(line);
+struct CapturedLog {
+    void add(std::string_view line) {
+        std::lock_guard lock(mutex);
+        lines.emplace_back(line);
     }
-    std::size_t count(std::string_view line) const {
-        std::lock_guard lock(mutex_);
-        return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
+    std::size_t count(std::string_view line) {
+        std::lock_guard lock(mutex);
+        return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
     }
-    std::vector<std::string> lines() const {
-        std::lock_guard lock(mutex_);
-        return lines_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> lines_;
+    std::mutex mutex;
+    std::vector<std::string> lines;
 };
 
 }  // namespace scripts_test
