@@ -125,10 +125,10 @@ int main(int argc, char** argv) {
         if (!std::filesystem::exists(options.session.pluginPath)) {
             throw fmsim::UsageError("plug-in not found: " + options.session.pluginPath);
         }
-        if (!options.seedPath.empty()) {
-            options.session.seedSql = readFile(options.seedPath);
-            options.session.createDb = true;
-        }
+        if (!options.seedPath.empty()) options.session.seedSql = readFile(options.seedPath);
+        // Like the sqlite3 shell: a database that does not exist yet is created; a directory
+        // that does not exist, or a file that is not a database, is an error.
+        options.session.createDb = true;
     } catch (const fmsim::UsageError& e) {
         std::cerr << "fmsim: " << e.what() << " (fmsim --help lists the options)\n";
         return kExitUsage;

@@ -3,7 +3,9 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <iterator>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -46,7 +48,9 @@ TEST(Fmsim, BadStartsGiveOneLineAndExitTwo) {
         "--seed /nonexistent/seed.sql -e 1",
         "--open Demo -e 1",
     };
-    for (const char* args : cases) {
+    std::vector<std::string> all(std::begin(cases), std::end(cases));
+    all.push_back(std::string("--db ") + FMSIM_PATH + " -e 1");  // not a database
+    for (const std::string& args : all) {
         const FmsimRun run = fmsim(args, true);
         EXPECT_EQ(run.exitCode, 2) << args;
         EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << args << ": " << run.output;
