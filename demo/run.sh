@@ -52,8 +52,16 @@ for label in "${labels[@]}"; do [ ${#label} -gt $width ] && width=${#label}; don
 
 printf '%-*s  %s\n' "$width" "Calculation" "Result"
 printf '%-*s  %s\n' "$width" "$(printf '%*s' "$width" '' | tr ' ' '-')" "------"
+# The plug-in's diagnostics (the scheduler's log) go to standard error; they are shown only when
+# fmsim fails.
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+show_log() {
+  cat "$log" >&2
+  exit 1
+}
 i=0
-"$fmsim" --json --seed "$here/seed.sql" "${scripts[@]}" --idle 0.5 "${calcs[@]}" |
+"$fmsim" --json --seed "$here/seed.sql" "${scripts[@]}" --idle 0.5 "${calcs[@]}" 2>"$log" |
   perl -e "$decode" |
   while IFS=$'\x1f' read -r kind text error; do
     case "$kind" in
@@ -65,4 +73,4 @@ i=0
       script) printf '%-*s  %s\n' "$width" "  (script run)" "$text" ;;
       *) printf '%-*s  %s\n' "$width" "" "$text" ;;
     esac
-  done
+  done || show_log
