@@ -30,7 +30,8 @@ void Database::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2
 
 Database::Database(const std::string& path, bool create) {
     const std::string target = path.empty() ? std::string(":memory:") : path;
-    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX;
+    // Every use of the connection holds mutex_, so SQLite need not lock it again per call.
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     if (create || path.empty()) flags |= SQLITE_OPEN_CREATE;
     sqlite3* raw = nullptr;
     const int rc = sqlite3_open_v2(target.c_str(), &raw, flags, nullptr);

@@ -48,7 +48,7 @@ private:
         void operator()(sqlite3* db) const noexcept;
     };
     std::unique_ptr<sqlite3, Closer> db_;
-    mutable std::mutex mutex_;  // one statement at a time; SQLite's own lock covers the rest
+    mutable std::mutex mutex_;  // held for every use of the connection, one statement at a time
     std::string lastMessage_;
 };
 

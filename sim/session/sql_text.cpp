@@ -46,15 +46,68 @@ std::string calendar(const DateTime& d) {
     return text;
 }
 
+// The common forms (years 0 to 9999, times under 100 hours) are written digit by digit into a
+// buffer: a large SQL result formats one per value.
+char16_t* putDigits(char16_t* out, int64_t value, int width) {
+    for (int i = width - 1; i >= 0; --i, value /= 10)
+        out[i] = static_cast<char16_t>(u'0' + value % 10);
+    return out + width;
+}
+
+bool putCalendar(const DateTime& d, char16_t*& out) {
+    int year = 0, month = 0, day = 0;
+    d.ymd(year, month, day);
+    if (year < 0 || year > 9999) return false;
+    out = putDigits(out, year, 4);
+    *out++ = u'-';
+    out = putDigits(out, month, 2);
+    *out++ = u'-';
+    out = putDigits(out, day, 2);
+    return true;
+}
+
+bool putClock(int64_t usec, char16_t*& out) {
+    if (usec < 0 || usec >= 100 * 3600 * kUsecPerSecond) return false;
+    const int64_t seconds = usec / kUsecPerSecond;
+    out = putDigits(out, seconds / 3600, 2);
+    *out++ = u':';
+    out = putDigits(out, seconds / 60 % 60, 2);
+    *out++ = u':';
+    out = putDigits(out, seconds % 60, 2);
+    if (const int64_t fraction = usec % kUsecPerSecond; fraction != 0) {
+        *out++ = u'.';
+        out = putDigits(out, fraction, 6);
+        while (out[-1] == u'0') --out;
+    }
+    return true;
+}
+
 }  // namespace
 
-std::u16string formatSqlDate(const DateTime& d) { return widen(calendar(d).c_str()); }
+std::u16string formatSqlDate(const DateTime& d) {
+    char16_t buffer[16];
+    char16_t* end = buffer;
+    if (putCalendar(d, end)) return std::u16string(buffer, end);
+    return widen(calendar(d).c_str());
+}
 
-std::u16string formatSqlTime(const DateTime& t) { return widen(clock(t.usec).c_str()); }
+std::u16string formatSqlTime(const DateTime& t) {
+    char16_t buffer[24];
+    char16_t* end = buffer;
+    if (putClock(t.usec, end)) return std::u16string(buffer, end);
+    return widen(clock(t.usec).c_str());
+}
 
 std::u16string formatSqlTimestamp(const DateTime& ts) {
     int64_t ofDay = ts.usec % kUsecPerDay;
     if (ofDay < 0) ofDay += kUsecPerDay;
+    char16_t buffer[40];
+    char16_t* end = buffer;
+    if (putCalendar(ts, end)) {
+        *end++ = u' ';
+        putClock(ofDay, end);
+        return std::u16string(buffer, end);
+    }
     return widen((calendar(ts) + " " + clock(ofDay)).c_str());
 }
 

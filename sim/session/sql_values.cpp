@@ -5,7 +5,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <iterator>
+#include <optional>
 #include <string>
+#include <string_view>
+
+#include "sim/encoding.h"
 
 namespace sim {
 
@@ -15,27 +20,51 @@ bool contains(const std::string& hay, const char* needle) {
     return hay.find(needle) != std::string::npos;
 }
 
-Value sqlValue(Value v) {
-    v.setSqlTextForm(true);
-    return v;
+// SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
+// Most stored text is ASCII, which widens unit for byte.
+bool isAscii(std::string_view bytes) {
+    unsigned char any = 0;
+    for (char b : bytes) any |= static_cast<unsigned char>(b);
+    return any < 0x80;
 }
 
-Value textColumn(std::u16string text, ColumnKind kind) {
+std::u16string unitsOfUtf8(std::string_view bytes) {
+    if (!isAscii(bytes)) return fromUtf8(bytes);
+    return std::u16string(bytes.begin(), bytes.end());
+}
+
+std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
     std::optional<DateTime> parsed;
     switch (kind) {
         case ColumnKind::Date:
-            if ((parsed = parseDate(text))) return sqlValue(Value::date(*parsed));
+            if ((parsed = parseDate(text))) return Value::date(*parsed);
             break;
         case ColumnKind::Time:
-            if ((parsed = parseTime(text))) return sqlValue(Value::time(*parsed));
+            if ((parsed = parseTime(text))) return Value::time(*parsed);
             break;
         case ColumnKind::Timestamp:
-            if ((parsed = parseTimestamp(text))) return sqlValue(Value::timestamp(*parsed));
+            if ((parsed = parseTimestamp(text))) return Value::timestamp(*parsed);
             break;
         case ColumnKind::Plain:
             break;
     }
-    return sqlValue(Value::text(std::move(text)));
+    return std::nullopt;
+}
+
+// Short ASCII text in a date-like column (the usual ISO forms) is read from a buffer on the
+// stack: only text that stays text needs a string of its own.
+Value textColumn(std::string_view bytes, ColumnKind kind) {
+    if (kind == ColumnKind::Plain) return Value::text(unitsOfUtf8(bytes));
+    char16_t buffer[40];
+    if (bytes.size() <= std::size(buffer) && isAscii(bytes)) {
+        std::copy(bytes.begin(), bytes.end(), buffer);
+        const std::u16string_view units(buffer, bytes.size());
+        if (std::optional<Value> v = dateLikeValue(units, kind)) return std::move(*v);
+        return Value::text(std::u16string(units));
+    }
+    std::u16string units = unitsOfUtf8(bytes);
+    if (std::optional<Value> v = dateLikeValue(units, kind)) return std::move(*v);
+    return Value::text(std::move(units));
 }
 
 int bindText(sqlite3_stmt* st, int index, const std::u16string& text) {
@@ -56,27 +85,39 @@ ColumnKind columnKind(const char* declaredType) {
     return ColumnKind::Plain;
 }
 
-Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
+namespace {
+
+// The value of column `c`, not yet marked as coming from SQL. Built in place and marked once, since
+// a large result makes one per field.
+Value unmarkedColumnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
     switch (sqlite3_column_type(st, c)) {
         case SQLITE_INTEGER:
-            return sqlValue(Value::number(static_cast<double>(sqlite3_column_int64(st, c))));
+            return Value::number(static_cast<double>(sqlite3_column_int64(st, c)));
         case SQLITE_FLOAT:
-            return sqlValue(Value::number(sqlite3_column_double(st, c)));
+            return Value::number(sqlite3_column_double(st, c));
         case SQLITE_TEXT: {
-            const auto* units = static_cast<const char16_t*>(sqlite3_column_text16(st, c));
-            const auto bytes = static_cast<std::size_t>(sqlite3_column_bytes16(st, c));
-            return textColumn(std::u16string(units ? units : u"", units ? bytes / 2 : 0), kind);
+            const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
+            const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
+            return textColumn(std::string_view(bytes ? bytes : "", bytes ? size : 0), kind);
         }
         case SQLITE_BLOB: {
             Binary b;
             const auto* bytes = static_cast<const char*>(sqlite3_column_blob(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
             b.streams.push_back({{'F', 'I', 'L', 'E'}, std::string(bytes ? bytes : "", size)});
-            return sqlValue(Value::binary(std::move(b)));
+            return Value::binary(std::move(b));
         }
         default:
-            return sqlValue(Value::text(std::u16string()));
+            return Value::text(std::u16string());
     }
+}
+
+}  // namespace
+
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
+    Value v = unmarkedColumnValue(st, c, kind);
+    v.setSqlTextForm(true);
+    return v;
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {
