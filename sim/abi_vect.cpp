@@ -46,14 +46,15 @@ void FM_DataVect_PushBack(void* self, const fmx::Data& data, _fmxcpt& x) noexcep
     });
 }
 
-// The last element passes to the caller, who frees it with FM_Data_Delete.
+// The last element passes to the caller, who frees it with FM_Data_Delete (a copy of it when a
+// row vector keeps it).
 fmx::Data* FM_DataVect_PopBack(void* self, _fmxcpt& x) noexcept {
     return guard(__func__, x, [&] {
         auto& items = abi::self<DataVectObj>(self).items;
         require(!items.empty());
-        DataObj* last = items.back().release();
+        DataObjPtr last = std::move(items.back());
         items.pop_back();
-        return handleOf(last);
+        return handleOf(last.get_deleter().kept ? new DataObj(*last) : last.release());
     });
 }
 

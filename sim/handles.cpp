@@ -95,13 +95,14 @@ std::vector<Value> valuesOf(const fmx::DataVect& v) {
 }
 
 void appendRow(fmx::RowVect& rows, std::vector<Value> row) {
+    RowVectObj& obj = objectOf(rows);
     auto vect = std::make_unique<DataVectObj>();
     vect->items.reserve(row.size());
-    for (Value& v : row) vect->items.push_back(std::make_unique<DataObj>(std::move(v)));
-    objectOf(rows).rows.push_back(std::move(vect));
+    for (Value& v : row) vect->items.push_back(obj.keep(std::move(v)));
+    obj.rows.push_back(std::move(vect));
 }
 
-void clearRows(fmx::RowVect& rows) { objectOf(rows).rows.clear(); }
+void clearRows(fmx::RowVect& rows) { objectOf(rows).clear(); }
 
 size_t sizeOf(const fmx::DataVect& v) { return objectOf(v).items.size(); }
 

@@ -2,6 +2,7 @@
 // objects; the mapping is one to one and fixed by HandleOf below.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <utility>
@@ -65,12 +66,43 @@ private:
     mutable LocaleObj locale_;
 };
 
+// Owns its value, unless the value is kept in bulk by the row vector of a SQL result, which then
+// destroys it itself. Converts from the default deleter, so heap values go in as they always did.
+struct DataObjDeleter {
+    bool kept = false;
+    DataObjDeleter() = default;
+    explicit DataObjDeleter(bool keptElsewhere) noexcept : kept(keptElsewhere) {}
+    DataObjDeleter(std::default_delete<DataObj>) noexcept {}
+    void operator()(DataObj* d) const noexcept {
+        if (!kept) delete d;
+    }
+};
+using DataObjPtr = std::unique_ptr<DataObj, DataObjDeleter>;
+
 struct DataVectObj {
-    std::vector<std::unique_ptr<DataObj>> items;
+    std::vector<DataObjPtr> items;
 };
 
+// A SQL result can hold millions of values: they are kept in blocks that never move instead of
+// one allocation each, and the rows point into them.
 struct RowVectObj {
     std::vector<std::unique_ptr<DataVectObj>> rows;
+    std::vector<std::vector<DataObj>> blocks;
+
+    // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
+    // 65536), so a large result takes few large allocations.
+    DataObjPtr keep(Value v) {
+        if (blocks.empty() || blocks.back().size() == blocks.back().capacity()) {
+            std::size_t kept = 0;
+            for (const auto& block : blocks) kept += block.size();
+            blocks.emplace_back().reserve(std::clamp<std::size_t>(kept, 256, 65536));
+        }
+        return DataObjPtr(&blocks.back().emplace_back(std::move(v)), DataObjDeleter(true));
+    }
+    void clear() {
+        rows.clear();
+        blocks.clear();
+    }
 };
 
 // Object type <-> handle type.
