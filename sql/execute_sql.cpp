@@ -3,6 +3,8 @@
 //
 // There is deliberately no exception frame here: a failing host call leaves the function and
 // reaches the host, and the owning pointers release what was made on the way out.
+#include <string>
+
 #include "fmlib/convert.h"
 #include "frame/functions.h"
 #include "frame/last_error.h"
@@ -18,28 +20,32 @@ void readSeparator(const fmx::Text& argument, fmx::uint16& separator) {
     if (argument.GetSize() > 0) argument.GetUnicode(&separator, 0, 1);
 }
 
-fmx::TextUniquePtr oneUnitText(fmx::uint16 unit) {
-    fmx::TextUniquePtr text;
-    text->AssignUnicodeWithLength(&unit, 1);
-    return text;
+// Copies the text's units to the end of `out` (only unstyled values come out of SQL).
+void appendUnits(const fmx::Text& text, std::u16string& out) {
+    const fmx::uint32 size = text.GetSize();
+    if (size == 0) return;
+    const std::size_t at = out.size();
+    out.resize(at + size);
+    text.GetUnicode(reinterpret_cast<fmx::uint16*>(out.data() + at), 0, size);
 }
 
 // Fields and records joined without quoting: a separator inside a value stays as it is. The
-// host appends in amortised constant time, so the whole text costs time linear in its size.
-void joinRows(const fmx::RowVect& rows, fmx::uint16 fieldSeparator, fmx::uint16 recordSeparator,
-              fmx::Text& output) {
-    const fmx::TextUniquePtr field = oneUnitText(fieldSeparator);
-    const fmx::TextUniquePtr record = oneUnitText(recordSeparator);
+// units are gathered here and handed to the host once, so the cost stays linear in the result's
+// size whatever the host's own appending costs.
+std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
+                        char16_t recordSeparator) {
+    std::u16string joined;
     const fmx::uint32 rowCount = rows.Size();
     for (fmx::uint32 r = 0; r < rowCount; ++r) {
-        if (r > 0) output.AppendText(*record);
+        if (r > 0) joined.push_back(recordSeparator);
         const fmx::DataVect& row = rows.At(r);
         const fmx::uint32 fieldCount = row.Size();
         for (fmx::uint32 f = 0; f < fieldCount; ++f) {
-            if (f > 0) output.AppendText(*field);
-            output.AppendText(row.At(f).GetAsText());
+            if (f > 0) joined.push_back(fieldSeparator);
+            appendUnits(row.At(f).GetAsText(), joined);
         }
     }
+    return joined;
 }
 
 }  // namespace
@@ -65,8 +71,10 @@ fmx::errcode Ravelin_ExecuteSQL(short, const fmx::ExprEnv& env, const fmx::DataV
         return 0;
     }
 
+    const std::u16string joined = joinRows(*rows, fieldSeparator, recordSeparator);
     fmx::TextUniquePtr output;
-    joinRows(*rows, fieldSeparator, recordSeparator, *output);
+    output->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(joined.data()),
+                                    static_cast<fmx::uint32>(joined.size()));
     result.SetAsText(*output, result.GetLocale(), fmx::kDTText);
     rvl::SetLastError(rvl::kNoError, "No Error Message", env);
     return 0;
