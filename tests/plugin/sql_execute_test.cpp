@@ -6,6 +6,7 @@
 #include <string>
 
 #include "frame/functions.h"
+#include "sim/encoding.h"
 #include "sim/faults.h"
 #include "sim/handles.h"
 #include "sim/session/env.h"
@@ -115,6 +116,31 @@ TEST_F(ExecuteSql, HostFailuresLeaveTheFunction) {
     sim::faults::clear();
     EXPECT_EQ(sim::valueOf(*result).type(), sim::Type::Invalid);
     EXPECT_EQ(lastError(), "99");
+}
+
+// The host keeps a large result's values in blocks: every row must still read right, and a value
+// taken out of a row must be the caller's own to delete.
+TEST_F(ExecuteSql, HostRowsOfALargeResultStayIntact) {
+    fmx::TextUniquePtr query, file;
+    query->Assign(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) "
+        "SELECT i, 'row ' || i FROM n");
+    fmx::DataVectUniquePtr parameters;
+    fmx::RowVectUniquePtr rows;
+    ASSERT_EQ(env_.handleRef().ExecuteFileSQL(*query, *file, *parameters, *rows), 0);
+    ASSERT_EQ(rows->Size(), 3000u);
+    for (fmx::uint32 r : {0u, 255u, 256u, 1999u, 2999u}) {
+        EXPECT_EQ(sim::valueOf(rows->At(r).At(0)).asNumber().value, r + 1);
+        EXPECT_EQ(sim::textOf(rows->At(r).At(1).GetAsText()).units(),
+                  u"row " + sim::fromUtf8(std::to_string(r + 1)));
+    }
+    fmx::_fmxcpt x;
+    auto* row = const_cast<fmx::DataVect*>(&rows->At(7));
+    fmx::Data* taken = FM_DataVect_PopBack(row, x);
+    ASSERT_EQ(x.m_code, 0);
+    EXPECT_EQ(sim::textOf(taken->GetAsText()).units(), u"row 8");
+    FM_Data_Delete(taken, x);
+    EXPECT_EQ(rows->At(7).Size(), 1u);
 }
 
 }  // namespace
