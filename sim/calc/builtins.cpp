@@ -34,7 +34,7 @@ using Table = std::unordered_map<std::u16string_view, const Builtin*>;
 
 Table buildTable() {
     Table table;
-    for (auto family : {logicalFunctions(), textFunctions(), valueListFunctions(),
+    for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
                         numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }

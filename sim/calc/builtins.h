@@ -58,6 +58,7 @@ std::optional<double> findConstant(std::u16string_view lowerName);
 // The families, each in its own source file.
 std::span<const Builtin> logicalFunctions();
 std::span<const Builtin> textFunctions();
+std::span<const Builtin> wordFunctions();
 std::span<const Builtin> valueListFunctions();
 std::span<const Builtin> numberFunctions();
 std::span<const Builtin> dateFunctions();
