@@ -88,6 +88,27 @@ TEST_F(MergeText, FillsTemplates) {
     }
 }
 
+// A letter: word and date functions, Get functions and the plug-in's own SQL inside spans.
+TEST_F(MergeText, MergesALetter) {
+    eval("Let ( $$name = \"Grace Brewster Hopper\" ; 1 )");
+    const struct {
+        std::string templ;
+        std::string merged;
+    } cases[] = {
+        {"Dear <<LeftWords ( $$name ; 1 )>> <<RightWords ( $$name ; 1 )>>,", "Dear Grace Hopper,"},
+        {"<<WordCount ( $$name )>> words, <<MiddleWords ( $$name ; 2 ; 1 )>> in the middle",
+         "3 words, Brewster in the middle"},
+        {"Due <<Date ( 1 ; 31 ; 2024 ) + 30>> (<<DayName ( Date ( 3 ; 1 ; 2024 ) )>>)",
+         "Due 3/1/2024 (Friday)"},
+        {"From <<Get ( FileName )>>: <<Upper ( \"urgent\" )>>", "From Demo: URGENT"},
+        {"Total <<Ravelin_ExecuteSQL ( \"SELECT 40 + 2\" )>>.", "Total 42."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.templ);
+        EXPECT_EQ(eval(mergeCalc(c.templ)).text, c.merged);
+    }
+}
+
 // Literal parts are copied range by range with their styles; a first result keeps the styles
 // the host gave it, a repeat from the cache comes back plain.
 TEST_F(MergeText, KeepsStylesOfLiteralPartsAndFirstResults) {
