@@ -79,7 +79,7 @@ TEST_F(Scheduler, LastDueStartsFirstOnePerIdleCall) {
     EXPECT_EQ(pending(), (Strings{"1", "2", "3"}));
     idle();
     EXPECT_EQ(started_, (Strings{"3"}));
-    idle(), idle(), idle();
+    for (int i = 0; i < 3; ++i) idle();
     EXPECT_EQ(started_, (Strings{"3", "2", "1"}));
     EXPECT_EQ(pending(), Strings{});
 }
@@ -114,7 +114,7 @@ TEST_F(Scheduler, LogsTheArrayAroundEachDeliveryAndAStartErrorOnce) {
     start_ = [](const FileMakerScript&) { return fmx::errcode{104}; };
     schedule("p", 0);
     advance(0);
-    idle(), idle();
+    for (int i = 0; i < 2; ++i) idle();
     EXPECT_EQ(log_.lines, (Strings{"(\n)",
                                    "(\n    {script_name = \"Hello\"; file_name = \"Demo\"; "
                                    "script_parameters = \"p\";}\n)",
