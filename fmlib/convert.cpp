@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <vector>
 
@@ -89,10 +90,20 @@ void FMData2FMData(const fmx::Data& from, fmx::Data& to) {
 
 void FMErrCode2FMData(short code, fmx::Data& value) { setNumber(code, value); }
 
+// The old zone record of gettimeofday (minutes west of Greenwich, daylight flag) is not kept by
+// Linux, which leaves it zero whatever the process's time zone; it is filled here from the
+// platform's local-time service instead, so that the result is local time as on other systems.
+static struct timezone localZoneRecord(time_t at) {
+    tm local{};
+    localtime_r(&at, &local);
+    const long dst = local.tm_isdst > 0 ? 1 : 0;
+    return {static_cast<int>(-(local.tm_gmtoff - dst * 3600) / 60), static_cast<int>(dst)};
+}
+
 void SetDateTimeToNow(fmx::DateTime& dateTime) {
     timeval now{};
-    struct timezone zone {};
-    gettimeofday(&now, &zone);
+    gettimeofday(&now, nullptr);
+    const struct timezone zone = localZoneRecord(now.tv_sec);
     const double seconds =
         now.tv_usec / 1000000.0 +
         static_cast<double>(now.tv_sec - zone.tz_minuteswest * 60L + zone.tz_dsttime * 3600L) +

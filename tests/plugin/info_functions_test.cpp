@@ -151,19 +151,23 @@ TEST_F(InfoFunctions, ValueTypeNamesEveryNativeType) {
     EXPECT_EQ(sim::toUtf8(failed.result.asText().units()), "2400");
 }
 
-// Far from GMT, the plug-in's time still matches the host's local time.
-TEST_F(InfoFunctions, GetTimestampIsLocalTime) {
+// Far from GMT, both ways of reading the clock still give the host's local time.
+TEST_F(InfoFunctions, TimestampsAreLocalTime) {
     const char* saved = std::getenv("TZ");
     const std::string previous = saved ? saved : "";
     setenv("TZ", "RVL-5:30", 1);
     tzset();
-    const info_test::Answer a = callLoaded(session_, u"Ravelin_GetTimestamp", {});
+    const info_test::Answer function = callLoaded(session_, u"Ravelin_GetTimestamp", {});
+    const info_test::Answer selector =
+        callLoaded(session_, u"Ravelin_Get", {text(u"timestamp")});
     const double expected = sim::localNow().seconds();
     saved ? setenv("TZ", previous.c_str(), 1) : unsetenv("TZ");
     tzset();
-    EXPECT_EQ(a.code, 0);
-    ASSERT_EQ(a.result.type(), sim::Type::Timestamp);
-    EXPECT_NEAR(a.result.asTimestamp().seconds(), expected, 2.0);
+    for (const info_test::Answer& a : {function, selector}) {
+        EXPECT_EQ(a.code, 0);
+        ASSERT_EQ(a.result.type(), sim::Type::Timestamp);
+        EXPECT_NEAR(a.result.asTimestamp().seconds(), expected, 2.0);
+    }
 }
 
 }  // namespace
