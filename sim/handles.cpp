@@ -6,6 +6,11 @@ namespace sim {
 
 // --- DataObj caches -------------------------------------------------------------------------
 
+DataObj::Converted& DataObj::converted() const {
+    if (!converted_) converted_ = std::make_unique<Converted>();
+    return *converted_;
+}
+
 bool DataObj::refresh(unsigned which) const {
     if (fresh_ & which) return false;
     fresh_ |= which;
@@ -22,8 +27,8 @@ const Number& DataObj::number() const {
     if (value_.type() == Type::Number || value_.type() == Type::Boolean) {
         return value_.numberValue();
     }
-    if (refresh(kNumber)) number_ = value_.asNumber();
-    return number_;
+    if (refresh(kNumber)) converted().number = value_.asNumber();
+    return converted().number;
 }
 
 namespace {
@@ -36,25 +41,25 @@ void store(DateTimeObj& obj, const std::optional<DateTime>& dt) {
 }  // namespace
 
 const DateTimeObj& DataObj::date() const {
-    if (refresh(kDate)) store(date_, value_.tryDate());
-    return date_;
+    if (refresh(kDate)) store(converted().date, value_.tryDate());
+    return converted().date;
 }
 
 const DateTimeObj& DataObj::time() const {
-    if (refresh(kTime)) store(time_, value_.tryTime());
-    return time_;
+    if (refresh(kTime)) store(converted().time, value_.tryTime());
+    return converted().time;
 }
 
 const DateTimeObj& DataObj::timestamp() const {
-    if (refresh(kTimestamp)) store(timestamp_, value_.tryTimestamp());
-    return timestamp_;
+    if (refresh(kTimestamp)) store(converted().timestamp, value_.tryTimestamp());
+    return converted().timestamp;
 }
 
 const Binary& DataObj::binary() const { return value_.asBinary(); }
 
 const LocaleObj& DataObj::locale() const {
-    if (refresh(kLocale)) locale_.type = value_.locale();
-    return locale_;
+    if (refresh(kLocale)) converted().locale.type = value_.locale();
+    return converted().locale;
 }
 
 // --- Owned handles --------------------------------------------------------------------------

@@ -30,6 +30,8 @@ struct QuadCharObj {
 // A value plus the converted forms its getters hand out. Those stay where they are for the
 // object's whole life and are refreshed on the first read after a change, so a borrowed pointer
 // is valid until the value next changes (and never dangles before the object is deleted).
+// A SQL result holds hundreds of thousands of these objects, most of them read once as text: the
+// text form is kept in place, the other forms in a block made on the first read that needs one.
 class DataObj {
 public:
     DataObj() = default;
@@ -56,14 +58,20 @@ public:
 
 private:
     enum : unsigned { kText = 1, kNumber = 2, kDate = 4, kTime = 8, kTimestamp = 16, kLocale = 32 };
+    struct Converted {
+        Number number;
+        DateTimeObj date, time, timestamp;
+        LocaleObj locale;
+    };
+    // The forms other than text (made once, kept until the object goes), and whether `which` of
+    // them must be computed again from the value.
+    Converted& converted() const;
     bool refresh(unsigned which) const;
 
     Value value_;
     mutable unsigned fresh_ = 0;
     mutable Text text_;
-    mutable Number number_;
-    mutable DateTimeObj date_, time_, timestamp_;
-    mutable LocaleObj locale_;
+    mutable std::unique_ptr<Converted> converted_;
 };
 
 // Owns its value, unless the value is kept in bulk by the row vector of a SQL result, which then

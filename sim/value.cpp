@@ -76,7 +76,7 @@ Value Value::timestamp(DateTime ts) {
 Value Value::binary(Binary b) {
     Value v;
     v.type_ = Type::Binary;
-    v.binary_ = std::move(b);
+    v.binary_ = std::make_shared<const Binary>(std::move(b));
     return v;
 }
 
@@ -103,7 +103,7 @@ bool Value::isEmpty() const {
         case Type::Text:
             return text_.empty();
         case Type::Binary:
-            return binary_.streams.empty();
+            return binary_ == nullptr || binary_->streams.empty();
         default:
             return number_.empty;
     }
@@ -128,7 +128,7 @@ Text Value::asText() const {
         case Type::Timestamp:
             return Text(formatTimestamp(dt_));
         case Type::Binary:
-            return Text(containerName(binary_));
+            return Text(binary_ ? containerName(*binary_) : u"");
         default:
             return Text();
     }
@@ -222,7 +222,7 @@ bool Value::asBoolean() const {
 
 const Binary& Value::asBinary() const {
     static const Binary kNone;
-    return type_ == Type::Binary ? binary_ : kNone;
+    return type_ == Type::Binary && binary_ ? *binary_ : kNone;
 }
 
 Value Value::as(Type t) const {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -139,7 +140,10 @@ private:
     Text text_;
     Number number_;  // for dates, times and timestamps only `empty` is used
     DateTime dt_;
-    Binary binary_;
+    // Containers are rare next to the other types (a SQL result makes values by the hundred
+    // thousand), so their streams live elsewhere; they never change once made, so copies share
+    // them.
+    std::shared_ptr<const Binary> binary_;
     bool sqlTextForm_ = false;
 };
 
