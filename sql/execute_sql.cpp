@@ -4,6 +4,7 @@
 // There is deliberately no exception frame here: a failing host call leaves the function and
 // reaches the host, and the owning pointers release what was made on the way out.
 #include <string>
+#include <vector>
 
 #include "fmlib/convert.h"
 #include "frame/functions.h"
@@ -20,30 +21,49 @@ void readSeparator(const fmx::Text& argument, fmx::uint16& separator) {
     if (argument.GetSize() > 0) argument.GetUnicode(&separator, 0, 1);
 }
 
-// Copies the text's units to the end of `out` (only unstyled values come out of SQL).
-void appendUnits(const fmx::Text& text, std::u16string& out) {
-    const fmx::uint32 size = text.GetSize();
-    if (size == 0) return;
-    const std::size_t at = out.size();
-    out.resize(at + size);
-    text.GetUnicode(reinterpret_cast<fmx::uint16*>(out.data() + at), 0, size);
-}
+// One field's text as the host hands it out, with its size. The reference stays valid while the
+// rows do, so each field is read once and its units copied after the whole size is known.
+struct FieldText {
+    const fmx::Text* text;  // null for the stand-in of a row without fields
+    fmx::uint32 size;
+    bool startsRow;
+};
 
-// Fields and records joined without quoting: a separator inside a value stays as it is. The
-// units are gathered here and handed to the host once, so the cost stays linear in the result's
-// size whatever the host's own appending costs.
-std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
-                        char16_t recordSeparator) {
-    std::u16string joined;
+std::vector<FieldText> readFields(const fmx::RowVect& rows) {
+    std::vector<FieldText> fields;
     const fmx::uint32 rowCount = rows.Size();
+    if (rowCount > 0) fields.reserve(std::size_t{rowCount} * rows.At(0).Size());
     for (fmx::uint32 r = 0; r < rowCount; ++r) {
-        if (r > 0) joined.push_back(recordSeparator);
         const fmx::DataVect& row = rows.At(r);
         const fmx::uint32 fieldCount = row.Size();
         for (fmx::uint32 f = 0; f < fieldCount; ++f) {
-            if (f > 0) joined.push_back(fieldSeparator);
-            appendUnits(row.At(f).GetAsText(), joined);
+            const fmx::Text& text = row.At(f).GetAsText();
+            fields.push_back({&text, text.GetSize(), f == 0});
         }
+        // A row without fields still takes its record separator.
+        if (fieldCount == 0) fields.push_back({nullptr, 0, true});
+    }
+    return fields;
+}
+
+// Fields and records joined without quoting: a separator inside a value stays as it is. The
+// units are gathered here, into a string sized once, and handed to the host in one call, so the
+// cost stays linear in the result's size whatever the host's own appending costs.
+std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
+                        char16_t recordSeparator) {
+    const std::vector<FieldText> fields = readFields(rows);
+    std::size_t total = 0;
+    for (const FieldText& field : fields) total += field.size + 1;  // + its separator
+    std::u16string joined;
+    joined.reserve(total);
+
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const FieldText& field = fields[i];
+        if (i > 0) joined.push_back(field.startsRow ? recordSeparator : fieldSeparator);
+        if (field.size == 0) continue;
+        const std::size_t at = joined.size();
+        joined.resize(at + field.size);
+        field.text->GetUnicode(reinterpret_cast<fmx::uint16*>(joined.data() + at), 0, field.size);
     }
     return joined;
 }
