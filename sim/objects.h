@@ -35,7 +35,10 @@ struct QuadCharObj {
 class DataObj {
 public:
     DataObj() = default;
-    explicit DataObj(Value v) : value_(std::move(v)) {}
+    // Taken by reference rather than by value: a SQL result moves its values in by the hundred
+    // thousand, and each extra move of a Value costs.
+    explicit DataObj(Value&& v) : value_(std::move(v)) {}
+    explicit DataObj(const Value& v) : value_(v) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);
@@ -99,7 +102,7 @@ struct RowVectObj {
 
     // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
     // 65536), so a large result takes few large allocations.
-    DataObjPtr keep(Value v) {
+    DataObjPtr keep(Value&& v) {
         if (blocks.empty() || blocks.back().size() == blocks.back().capacity()) {
             std::size_t kept = 0;
             for (const auto& block : blocks) kept += block.size();
