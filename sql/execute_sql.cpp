@@ -52,18 +52,18 @@ std::vector<FieldText> readFields(const fmx::RowVect& rows) {
 std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
                         char16_t recordSeparator) {
     const std::vector<FieldText> fields = readFields(rows);
-    std::size_t total = 0;
-    for (const FieldText& field : fields) total += field.size + 1;  // + its separator
-    std::u16string joined;
-    joined.reserve(total);
+    if (fields.empty()) return {};
+    std::size_t total = fields.size() - 1;  // a separator between any two fields
+    for (const FieldText& field : fields) total += field.size;
+    std::u16string joined(total, u'\0');
 
+    char16_t* out = joined.data();
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const FieldText& field = fields[i];
-        if (i > 0) joined.push_back(field.startsRow ? recordSeparator : fieldSeparator);
+        if (i > 0) *out++ = field.startsRow ? recordSeparator : fieldSeparator;
         if (field.size == 0) continue;
-        const std::size_t at = joined.size();
-        joined.resize(at + field.size);
-        field.text->GetUnicode(reinterpret_cast<fmx::uint16*>(joined.data() + at), 0, field.size);
+        field.text->GetUnicode(reinterpret_cast<fmx::uint16*>(out), 0, field.size);
+        out += field.size;
     }
     return joined;
 }
