@@ -3,7 +3,7 @@
 #include <new>
 
 #include "host/fmx_abi.h"
-#include "sim/faults.h"
+#include "sim/abi_guard.h"
 #include "sim/handles.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"
@@ -14,21 +14,7 @@ namespace {
 using sim::Env;
 using sim::Host;
 using sim::Value;
-
-// Runs `body` with the failure record set as the interface promises: code 1 for an allocation
-// failure, 2 for anything else; `fallback` is returned then (and when a fault is injected).
-template <class Body, class R = decltype(std::declval<Body>()())>
-R guarded(const char* function, fmx::_fmxcpt& x, R fallback, Body body) noexcept {
-    try {
-        if (sim::faults::shouldFail(function, x)) return fallback;
-        return body();
-    } catch (const std::bad_alloc&) {
-        x.m_code = fmx::_fmxcpt::kBadAlloc;
-    } catch (...) {
-        x.m_code = fmx::_fmxcpt::kUnknown;
-    }
-    return fallback;
-}
+using sim::abi::guardOr;
 
 // The file a SQL call runs on: the named one, or the calling file for an empty name.
 std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
@@ -67,12 +53,12 @@ Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
 extern "C" {
 
 fmx::ExprEnv* FM_ExprEnv_Constructor1(fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_Constructor1", x, static_cast<fmx::ExprEnv*>(nullptr),
+    return guardOr("FM_ExprEnv_Constructor1", x, static_cast<fmx::ExprEnv*>(nullptr),
                    [] { return (new Env)->handle(); });
 }
 
 void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
-    guarded("FM_ExprEnv_Delete", x, 0, [&] {
+    guardOr("FM_ExprEnv_Delete", x, 0, [&] {
         delete sim::envOf(self);
         return 0;
     });
@@ -80,7 +66,7 @@ void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
 
 fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, fmx::Data& result,
                                  fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_Evaluate", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr("FM_ExprEnv_Evaluate", x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         sim::calc::Result r = Host::instance().evaluate(sim::textOf(expression).units(), *env);
@@ -91,7 +77,7 @@ fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, 
 
 fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValue,
                                             fmx::Data& result, fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_EvaluateGetFunction", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr("FM_ExprEnv_EvaluateGetFunction", x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         fmx::errcode error = 0;
@@ -104,7 +90,7 @@ fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValu
 fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expression,
                                        const fmx::Text& filename, const fmx::DataVect& parameters,
                                        fmx::RowVect& result, fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_ExecuteFileSQL", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr("FM_ExprEnv_ExecuteFileSQL", x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         auto db = Host::instance().database(sqlFile(*env, filename));
@@ -123,7 +109,7 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                                                  const fmx::DataVect& parameters, fmx::Data& result,
                                                  fmx::uint16 colSep, fmx::uint16 rowSep,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
+    return guardOr("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
                    [&]() -> fmx::errcode {
                        const Env* env = sim::envOf(self);
                        if (env == nullptr) return sim::kGenericCalcError;
@@ -149,12 +135,12 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
 }
 
 fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_SessionID", x, fmx::ptrtype{0},
+    return guardOr("FM_ExprEnv_SessionID", x, fmx::ptrtype{0},
                    [&] { return sim::envOf(self) ? Host::kSessionId : fmx::ptrtype{0}; });
 }
 
 fmx::ptrtype FM_ExprEnv_FileID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_FileID", x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
+    return guardOr("FM_ExprEnv_FileID", x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return 0;
         Host& host = Host::instance();
@@ -167,7 +153,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
     const fmx::Text& functionPrototype, const fmx::Text& functionDescription, short minArgs,
     short maxArgs, fmx::uint32 compatibleOnFlags, fmx::ExtPluginType funcPtr,
     fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
+    return guardOr("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).units(),
                                                   sim::textOf(functionPrototype).units(),
                                                   sim::textOf(functionDescription).units(), minArgs,
@@ -181,7 +167,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
                                                  short maxArgs, fmx::uint32 compatibleOnFlags,
                                                  fmx::ExtPluginType funcPtr,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
+    return guardOr("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction(
             {functionId, sim::textOf(functionName).units(), sim::textOf(functionPrototype).units(),
              std::u16string(), minArgs, maxArgs, compatibleOnFlags, funcPtr});
@@ -190,7 +176,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
 
 fmx::errcode FM_ExprEnv_UnRegisterExternalFunction(const fmx::QuadChar& /*pluginId*/,
                                                    short functionId, fmx::_fmxcpt& x) noexcept {
-    return guarded("FM_ExprEnv_UnRegisterExternalFunction", x, fmx::errcode{0},
+    return guardOr("FM_ExprEnv_UnRegisterExternalFunction", x, fmx::errcode{0},
                    [&] { return Host::instance().unregisterFunction(functionId); });
 }
 
