@@ -14,7 +14,8 @@ struct Armed {
     std::map<std::string, int, std::less<>> functions;
 };
 
-// `armed` lets an unarmed host skip the lock on every call; the count is kept always.
+// Set by the first failNth/failFunction and cleared only by clear(): an unarmed host (every run
+// outside fault tests) pays one relaxed load per call and never writes shared state.
 std::atomic<bool> armed{false};
 std::atomic<uint64_t> calls{0};
 std::mutex mutex;
@@ -24,14 +25,12 @@ Armed& state() {
     return a;
 }
 
-void updateArmed() { armed.store(!state().nthCalls.empty() || !state().functions.empty()); }
-
 }  // namespace
 
 void failNthCall(uint64_t n, int code) {
     std::lock_guard lock(mutex);
     state().nthCalls.emplace_back(calls.load() + (n == 0 ? 1 : n), code);
-    updateArmed();
+    armed.store(true);
 }
 
 void failFunction(const std::string& name, int code) {
@@ -41,25 +40,21 @@ void failFunction(const std::string& name, int code) {
     } else {
         state().functions[name] = code;
     }
-    updateArmed();
+    armed.store(true);
 }
 
 void clear() {
     std::lock_guard lock(mutex);
     state() = Armed{};
     calls.store(0);
-    updateArmed();
+    armed.store(false);
 }
 
 uint64_t callCount() { return calls.load(std::memory_order_relaxed); }
 
 bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept {
-    // A plain load and store rather than a locked increment: this runs on every host call (millions
-    // for one large SQL result), and calls made at the same moment on several threads may then
-    // count once, which no use of the count depends on.
-    const uint64_t n = calls.load(std::memory_order_relaxed) + 1;
-    calls.store(n, std::memory_order_relaxed);
     if (!armed.load(std::memory_order_acquire)) return false;
+    const uint64_t n = calls.fetch_add(1) + 1;
     int code = 0;
     {
         std::lock_guard lock(mutex);
@@ -76,7 +71,6 @@ bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept {
                 code = it->second;
             }
         }
-        updateArmed();
     }
     if (code == 0) return false;
     x.m_code = code;

@@ -14,8 +14,7 @@ void failNthCall(uint64_t n, int code);
 // Every call of the named function (for example "FM_Text_Assign") fails with `code`.
 void failFunction(const std::string& name, int code);
 void clear();
-// Host calls made since the last clear() (calls made at the same moment on several threads may
-// count once).
+// Host calls made since the last clear(); calls are counted only once a fault has been armed.
 uint64_t callCount();
 
 // Called first by every FM_* function. True when this call must fail; the code is then stored in
