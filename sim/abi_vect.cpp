@@ -54,7 +54,7 @@ fmx::Data* FM_DataVect_PopBack(void* self, _fmxcpt& x) noexcept {
         require(!items.empty());
         DataObjPtr last = std::move(items.back());
         items.pop_back();
-        return handleOf(last.get_deleter().kept ? new DataObj(*last) : last.release());
+        return handleOf(last->pooled() ? new DataObj(*last) : last.release());
     });
 }
 
@@ -116,7 +116,7 @@ const fmx::DataVect* FM_RowVect_At(const void* self, fmx::uint32 position, _fmxc
     return guard(__func__, x, [&]() -> const fmx::DataVect* {
         const auto& rows = abi::self<RowVectObj>(self).rows;
         require(position < rows.size());
-        return handleOf(rows[position].get());
+        return handleOf(&rows[position]);
     });
 }
 

@@ -99,14 +99,6 @@ std::vector<Value> valuesOf(const fmx::DataVect& v) {
     return out;
 }
 
-void appendRow(fmx::RowVect& rows, std::vector<Value> row) {
-    RowVectObj& obj = objectOf(rows);
-    auto vect = std::make_unique<DataVectObj>();
-    vect->items.reserve(row.size());
-    for (Value& v : row) vect->items.push_back(obj.keep(std::move(v)));
-    obj.rows.push_back(std::move(vect));
-}
-
 void clearRows(fmx::RowVect& rows) { objectOf(rows).clear(); }
 
 size_t sizeOf(const fmx::DataVect& v) { return objectOf(v).items.size(); }
@@ -116,7 +108,7 @@ const Value& valueAt(const fmx::DataVect& v, size_t i) { return objectOf(v).item
 std::vector<std::vector<Value>> rowsOf(const fmx::RowVect& rows) {
     std::vector<std::vector<Value>> out;
     out.reserve(objectOf(rows).rows.size());
-    for (const auto& row : objectOf(rows).rows) out.push_back(valuesOf(*handleOf(row.get())));
+    for (const auto& row : objectOf(rows).rows) out.push_back(valuesOf(*handleOf(&row)));
     return out;
 }
 

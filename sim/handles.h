@@ -43,7 +43,6 @@ Text& textOf(fmx::Text& t);
 // the host's own reads are not counted or failed by sim/faults.h).
 std::vector<Value> valuesOf(const fmx::DataVect& v);
 // Appends one row (moved in) to a row vector.
-void appendRow(fmx::RowVect& rows, std::vector<Value> row);
 void clearRows(fmx::RowVect& rows);
 
 // Reading argument vectors and the small value handles.

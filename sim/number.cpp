@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "sim/decimal.h"
@@ -76,29 +77,120 @@ std::string plain(const Digits& d) {
 
 }  // namespace decimal
 
-std::u16string formatNumber(const Number& n) {
-    if (n.empty) return u"";
-    if (!std::isfinite(n.value)) return u"?";
+namespace {
+
+constexpr uint64_t kPowersOfTen[20] = {1ULL,
+                                       10ULL,
+                                       100ULL,
+                                       1000ULL,
+                                       10000ULL,
+                                       100000ULL,
+                                       1000000ULL,
+                                       10000000ULL,
+                                       100000000ULL,
+                                       1000000000ULL,
+                                       10000000000ULL,
+                                       100000000000ULL,
+                                       1000000000000ULL,
+                                       10000000000000ULL,
+                                       100000000000000ULL,
+                                       1000000000000000ULL,
+                                       10000000000000000ULL,
+                                       100000000000000000ULL,
+                                       1000000000000000000ULL,
+                                       10000000000000000000ULL};
+
+// 16 significant digits of a positive double in [1e-4, 1e15), correctly rounded (ties to even)
+// from its exact binary value, as printf's %.16g rounds. Such a double is m * 2^q with q < 0, so
+// m * 10^p fits in 128 bits and one shift does the division: a SQL result formats numbers by the
+// hundred thousand, and the general conversion costs ten times as much. Returns the digits as an
+// integer in [10^15, 10^16) and sets `exponent` to the power of ten of the first digit.
+uint64_t sixteenDigits(double x, int& exponent) {
+    uint64_t bits = 0;
+    std::memcpy(&bits, &x, sizeof bits);
+    const uint64_t mantissa = (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52);
+    const int shift = 1075 - static_cast<int>(bits >> 52 & 0x7ff);  // x = mantissa / 2^shift
+    exponent = static_cast<int>(std::floor(std::log10(x)));
+    for (;;) {
+        const unsigned __int128 scaled =
+            static_cast<unsigned __int128>(mantissa) * kPowersOfTen[15 - exponent];
+        unsigned __int128 digits = scaled >> shift;
+        const unsigned __int128 rest = scaled - (digits << shift);
+        const unsigned __int128 half = static_cast<unsigned __int128>(1) << (shift - 1);
+        const bool carried = rest > half || (rest == half && (digits & 1) != 0);
+        if (digits < kPowersOfTen[15]) {
+            --exponent;  // log10 overestimated
+            continue;
+        }
+        if (digits >= kPowersOfTen[16]) {
+            ++exponent;  // log10 underestimated
+            continue;
+        }
+        if (carried) ++digits;
+        if (digits == kPowersOfTen[16]) {
+            ++exponent;
+            digits = kPowersOfTen[15];
+        }
+        return static_cast<uint64_t>(digits);
+    }
+}
+
+// Plain notation of 16 digits whose first has the power of ten `exponent` (-4 to 15), without
+// trailing zeros: "0.0001234", "12.5", "3". Writes at most 23 units and returns their number.
+std::size_t writeSixteenDigits(bool negative, uint64_t digits, int exponent, char16_t* out) {
+    char text[16];
+    for (int i = 15; i >= 0; --i, digits /= 10) text[i] = static_cast<char>('0' + digits % 10);
+    int used = 16;
+    while (used > 1 && text[used - 1] == '0') --used;
+    char16_t* o = out;
+    if (negative) *o++ = u'-';
+    if (exponent < 0) {
+        *o++ = u'0';
+        *o++ = u'.';
+        for (int i = -1; i > exponent; --i) *o++ = u'0';
+        for (int i = 0; i < used; ++i) *o++ = static_cast<char16_t>(text[i]);
+    } else {
+        const int whole = exponent + 1;
+        for (int i = 0; i < whole; ++i) *o++ = static_cast<char16_t>(text[i]);
+        if (used > whole) {
+            *o++ = u'.';
+            for (int i = whole; i < used; ++i) *o++ = static_cast<char16_t>(text[i]);
+        }
+    }
+    return static_cast<std::size_t>(o - out);
+}
+
+}  // namespace
+
+NumberText::NumberText(const Number& n) {
+    if (n.empty) return;
+    if (!std::isfinite(n.value)) {
+        buffer_[size_++] = u'?';
+        return;
+    }
     // Whole numbers below 10^15 have all their digits among the 16 significant ones and nothing
     // to round: the common case (ids, counts) is written directly.
-    if (std::fabs(n.value) < 1e15 && std::trunc(n.value) == n.value) {
-        char buf[24];
-        char* end = std::to_chars(buf, buf + sizeof buf, static_cast<int64_t>(n.value)).ptr;
-        return std::u16string(buf, end);
+    const double magnitude = std::fabs(n.value);
+    if (magnitude < 1e15 && std::trunc(n.value) == n.value) {
+        char digits[24];
+        const char* end =
+            std::to_chars(digits, digits + sizeof digits, static_cast<int64_t>(n.value)).ptr;
+        for (const char* p = digits; p != end; ++p) buffer_[size_++] = static_cast<char16_t>(*p);
+        return;
     }
-    // Within this range %.16g never takes an exponent and drops trailing zeros itself: the same
-    // digits as the general path below, with less work per number.
     const bool exactWidth = n.precision < 0 || n.precision >= 16;
-    if (exactWidth && std::fabs(n.value) >= 1e-4 && std::fabs(n.value) < 1e15) {
-        char buf[40];
-        char* end =
-            std::to_chars(buf, buf + sizeof buf, n.value, std::chars_format::general, 16).ptr;
-        return std::u16string(buf, end);
+    if (exactWidth && magnitude >= 1e-4 && magnitude < 1e15) {
+        int exponent = 0;
+        const uint64_t digits = sixteenDigits(magnitude, exponent);
+        size_ = writeSixteenDigits(n.value < 0, digits, exponent, buffer_);
+        return;
     }
     decimal::Digits d = decimal::digitsOf(n.value);
     if (n.precision >= 0 && n.precision < 16) decimal::roundToPlaces(d, n.precision);
-    return fromUtf8(decimal::plain(d));
+    longer_ = fromUtf8(decimal::plain(d));
 }
+
+std::u16string formatNumber(const Number& n) { return std::u16string(NumberText(n).view()); }
 
 Number parseNumber(std::u16string_view text) {
     std::string digits;  // integer digits, '.', fraction digits

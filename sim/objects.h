@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
 #include <memory>
+#include <memory_resource>
 #include <utility>
 #include <vector>
 
@@ -39,6 +41,10 @@ public:
     // thousand, and each extra move of a Value costs.
     explicit DataObj(Value&& v) : value_(std::move(v)) {}
     explicit DataObj(const Value& v) : value_(v) {}
+    // A value with its text form made beforehand (as a SQL result makes them, to be read as text).
+    // Both are moved in, so units kept in an arena stay there.
+    DataObj(Value&& v, Text&& textForm)
+        : value_(std::move(v)), fresh_(kText), text_(std::move(textForm)) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);
@@ -46,6 +52,9 @@ public:
     }
 
     const Value& value() const { return value_; }
+    // Set for the values a SQL result keeps in its own blocks, which only the result may free.
+    bool pooled() const { return pooled_; }
+    void markPooled() { pooled_ = true; }
     void set(Value v) {
         value_ = std::move(v);
         fresh_ = 0;
@@ -73,19 +82,18 @@ private:
 
     Value value_;
     mutable unsigned fresh_ = 0;
+    bool pooled_ = false;  // never copied: a copy belongs to whoever made it
     mutable Text text_;
     mutable std::unique_ptr<Converted> converted_;
 };
 
 // Owns its value, unless the value is kept in bulk by the row vector of a SQL result, which then
-// destroys it itself. Converts from the default deleter, so heap values go in as they always did.
+// destroys it itself.
 struct DataObjDeleter {
-    bool kept = false;
     DataObjDeleter() = default;
-    explicit DataObjDeleter(bool keptElsewhere) noexcept : kept(keptElsewhere) {}
-    DataObjDeleter(std::default_delete<DataObj>) noexcept {}
+    DataObjDeleter(std::default_delete<DataObj>) noexcept {}  // heap values go in as they are
     void operator()(DataObj* d) const noexcept {
-        if (!kept) delete d;
+        if (!d->pooled()) delete d;
     }
 };
 using DataObjPtr = std::unique_ptr<DataObj, DataObjDeleter>;
@@ -95,24 +103,30 @@ struct DataVectObj {
 };
 
 // A SQL result can hold millions of values: they are kept in blocks that never move instead of
-// one allocation each, and the rows point into them.
+// one allocation each, their units in one arena, and the rows (in a deque, which never moves
+// them either) point into the blocks.
 struct RowVectObj {
-    std::vector<std::unique_ptr<DataVectObj>> rows;
+    // Declared in the order that lets each go after what points into it.
+    std::pmr::monotonic_buffer_resource arena;
     std::vector<std::vector<DataObj>> blocks;
+    std::deque<DataVectObj> rows;
 
     // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
     // 65536), so a large result takes few large allocations.
-    DataObjPtr keep(Value&& v) {
+    DataObjPtr keep(Value&& v, Text&& textForm) {
         if (blocks.empty() || blocks.back().size() == blocks.back().capacity()) {
             std::size_t kept = 0;
             for (const auto& block : blocks) kept += block.size();
             blocks.emplace_back().reserve(std::clamp<std::size_t>(kept, 256, 65536));
         }
-        return DataObjPtr(&blocks.back().emplace_back(std::move(v)), DataObjDeleter(true));
+        DataObj& d = blocks.back().emplace_back(std::move(v), std::move(textForm));
+        d.markPooled();
+        return DataObjPtr(&d);
     }
     void clear() {
         rows.clear();
         blocks.clear();
+        arena.release();
     }
 };
 

@@ -150,13 +150,13 @@ void clampRange(uint32_t size, uint32_t& pos, uint32_t& len) {
     len = std::min(len, size - pos);
 }
 
-uint32_t paragraphStart(const std::u16string& units, uint32_t pos) {
+uint32_t paragraphStart(std::u16string_view units, uint32_t pos) {
     pos = std::min<uint32_t>(pos, static_cast<uint32_t>(units.size()));
     while (pos > 0 && units[pos - 1] != u'\r') --pos;
     return pos;
 }
 
-uint32_t paragraphEnd(const std::u16string& units, uint32_t pos) {
+uint32_t paragraphEnd(std::u16string_view units, uint32_t pos) {
     const auto cr = units.find(u'\r', pos);
     return cr == std::u16string::npos ? static_cast<uint32_t>(units.size())
                                       : static_cast<uint32_t>(cr + 1);
@@ -172,12 +172,40 @@ CharStyle normalized(CharStyle s) {
     return s;
 }
 
-Text::Text(std::u16string units) : units_(std::move(units)) {}
+Text::Text(std::u16string_view units) : units_(units) {}
 
-void Text::assign(std::u16string units) {
-    units_ = std::move(units);
-    runs_.clear();
-    paras_.clear();
+Text::Text(std::u16string_view units, std::pmr::memory_resource* arena) : units_(units, arena) {}
+
+Text::Text(const Text& other)
+    : units_(other.units_),
+      styles_(other.styles_ ? std::make_unique<Styles>(*other.styles_) : nullptr) {}
+
+Text& Text::operator=(const Text& other) {
+    if (&other != this) {
+        units_ = other.units_;
+        styles_ = other.styles_ ? std::make_unique<Styles>(*other.styles_) : nullptr;
+    }
+    return *this;
+}
+
+const std::vector<Text::Span<CharStyle>>& Text::runs() const {
+    static const std::vector<Span<CharStyle>> none;
+    return styles_ ? styles_->runs : none;
+}
+
+const std::vector<Text::Span<Alignment>>& Text::paras() const {
+    static const std::vector<Span<Alignment>> none;
+    return styles_ ? styles_->paras : none;
+}
+
+Text::Styles& Text::styles() {
+    if (!styles_) styles_ = std::make_unique<Styles>();
+    return *styles_;
+}
+
+void Text::assign(std::u16string_view units) {
+    units_ = units;
+    styles_.reset();
 }
 
 void Text::setSlice(const Text& other, uint32_t pos, uint32_t len) {
@@ -188,8 +216,12 @@ void Text::setSlice(const Text& other, uint32_t pos, uint32_t len) {
         return;
     }
     units_.assign(other.units_, pos, len);
-    runs_ = slice(other.runs_, pos, len);
-    paras_ = slice(other.paras_, pos, len);
+    if (!other.styles_) {
+        styles_.reset();
+        return;
+    }
+    styles().runs = slice(other.runs(), pos, len);
+    styles().paras = slice(other.paras(), pos, len);
 }
 
 void Text::append(const Text& other, uint32_t pos, uint32_t len) {
@@ -203,16 +235,18 @@ void Text::append(const Text& other, uint32_t pos, uint32_t len) {
     }
     const uint32_t before = size();
     units_.append(other.units_, pos, len);
-    appendSlice(runs_, before, other.runs_, pos, len);
-    appendSlice(paras_, before, other.paras_, pos, len);
+    if (!styles_ && !other.styles_) return;
+    appendSlice(styles().runs, before, other.runs(), pos, len);
+    appendSlice(styles().paras, before, other.paras(), pos, len);
 }
 
 void Text::append(std::u16string_view plain) {
     if (plain.empty()) return;
     const uint32_t before = size();
     units_.append(plain);
-    if (!runs_.empty()) pushSpan(runs_, before, CharStyle{});
-    if (!paras_.empty()) pushSpan(paras_, before, Alignment::None);
+    if (!styles_) return;
+    if (!styles_->runs.empty()) pushSpan(styles_->runs, before, CharStyle{});
+    if (!styles_->paras.empty()) pushSpan(styles_->paras, before, Alignment::None);
 }
 
 void Text::insert(const Text& other, uint32_t pos) {
@@ -225,8 +259,9 @@ void Text::insert(const Text& other, uint32_t pos) {
     if (other.empty()) return;
     const uint32_t before = size();
     units_.insert(pos, other.units_);
-    insertSpans(runs_, before, other.runs_, 0, other.size(), pos);
-    insertSpans(paras_, before, other.paras_, 0, other.size(), pos);
+    if (!styles_ && !other.styles_) return;
+    insertSpans(styles().runs, before, other.runs(), 0, other.size(), pos);
+    insertSpans(styles().paras, before, other.paras(), 0, other.size(), pos);
 }
 
 void Text::erase(uint32_t pos, uint32_t len) {
@@ -234,39 +269,40 @@ void Text::erase(uint32_t pos, uint32_t len) {
     if (len == 0) return;
     const uint32_t before = size();
     units_.erase(pos, len);
-    eraseSpans(runs_, before, pos, len);
-    eraseSpans(paras_, before, pos, len);
+    if (!styles_) return;
+    eraseSpans(styles_->runs, before, pos, len);
+    eraseSpans(styles_->paras, before, pos, len);
 }
 
-void Text::replaceUnits(std::u16string units) {
+void Text::replaceUnits(std::u16string_view units) {
     if (units.size() != units_.size()) {
-        assign(std::move(units));
+        assign(units);
         return;
     }
-    units_ = std::move(units);
+    units_ = units;
 }
 
 CharStyle Text::styleAt(uint32_t pos) const {
     if (empty()) return CharStyle{};
-    return valueAt(runs_, std::min(pos, size() - 1));
+    return valueAt(runs(), std::min(pos, size() - 1));
 }
 
 uint32_t Text::runEnd(uint32_t pos) const {
-    if (pos >= size() || runs_.empty()) return size();
-    const size_t i = spanIndex(runs_, pos);
-    return i + 1 < runs_.size() ? runs_[i + 1].start : size();
+    if (pos >= size() || runs().empty()) return size();
+    const size_t i = spanIndex(runs(), pos);
+    return i + 1 < runs().size() ? runs()[i + 1].start : size();
 }
 
 void Text::setStyle(const CharStyle& style, uint32_t pos, uint32_t len) {
     clampRange(size(), pos, len);
     const CharStyle value = normalized(style);
-    changeRange(runs_, size(), pos, len, [&](const CharStyle&) { return value; });
+    changeRange(styles().runs, size(), pos, len, [&](const CharStyle&) { return value; });
 }
 
 void Text::mergeStyle(const CharStyle& style, uint32_t pos, uint32_t len) {
     clampRange(size(), pos, len);
     const CharStyle add = normalized(style);
-    changeRange(runs_, size(), pos, len, [&](CharStyle s) {
+    changeRange(styles().runs, size(), pos, len, [&](CharStyle s) {
         if (add.fontOn) s.font = add.font, s.fontOn = true;
         if (add.sizeOn) s.size = add.size, s.sizeOn = true;
         if (add.colorOn) s.color = add.color, s.colorOn = true;
@@ -277,7 +313,8 @@ void Text::mergeStyle(const CharStyle& style, uint32_t pos, uint32_t len) {
 }
 
 void Text::removeStyle(const CharStyle& style) {
-    changeRange(runs_, size(), 0, size(), [&](CharStyle s) {
+    if (!styles_) return;
+    changeRange(styles_->runs, size(), 0, size(), [&](CharStyle s) {
         if (style.fontOn) s.fontOn = false;
         if (style.sizeOn) s.sizeOn = false;
         if (style.colorOn) s.colorOn = false;
@@ -286,26 +323,23 @@ void Text::removeStyle(const CharStyle& style) {
     });
 }
 
-void Text::resetStyles() {
-    runs_.clear();
-    paras_.clear();
-}
+void Text::resetStyles() { styles_.reset(); }
 
 bool Text::hasStyles() const {
-    return std::any_of(runs_.begin(), runs_.end(),
+    return std::any_of(runs().begin(), runs().end(),
                        [](const Span<CharStyle>& r) { return !r.value.allDisabled(); });
 }
 
 Alignment Text::alignmentAt(uint32_t pos) const {
     if (empty()) return Alignment::None;
-    return valueAt(paras_, std::min(paragraphStart(units_, pos), size() - 1));
+    return valueAt(paras(), std::min(paragraphStart(units_, pos), size() - 1));
 }
 
 void Text::setAlignment(Alignment a, uint32_t pos, uint32_t len) {
     clampRange(size(), pos, len);
     const uint32_t from = paragraphStart(units_, pos);
     const uint32_t to = paragraphEnd(units_, len == 0 ? pos : pos + len - 1);
-    changeRange(paras_, size(), from, to - from, [a](Alignment) { return a; });
+    changeRange(styles().paras, size(), from, to - from, [a](Alignment) { return a; });
 }
 
 }  // namespace sim

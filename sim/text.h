@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,14 +37,27 @@ enum class Alignment : uint8_t { None, Left, Center, Right, Full };
 class Text {
 public:
     Text() = default;
-    explicit Text(std::u16string units);
+    explicit Text(std::u16string_view units);
+    // Keeps its units in `arena`, which must outlive the text. Copies of the text use the heap;
+    // a text moved from it keeps the arena (a SQL result builds its values so, in bulk).
+    Text(std::u16string_view units, std::pmr::memory_resource* arena);
+    // Takes over `units`, arena included.
+    static Text adopting(std::pmr::u16string&& units) { return Text(Adopt{}, std::move(units)); }
+    Text(const Text& other);
+    Text& operator=(const Text& other);
+    // A moved-to text keeps the source's arena; a text assigned to keeps its own (copying units
+    // across when the two differ).
+    Text(Text&&) noexcept = default;
+    Text& operator=(Text&&) = default;
+    ~Text() = default;
 
-    const std::u16string& units() const { return units_; }
+    std::u16string_view units() const { return units_; }
+    std::u16string unitsCopy() const { return std::u16string(units_); }
     uint32_t size() const { return static_cast<uint32_t>(units_.size()); }
     bool empty() const { return units_.empty(); }
 
     // Replaces the whole text with plain, unstyled units.
-    void assign(std::u16string units);
+    void assign(std::u16string_view units);
     // Replaces the whole text with a slice of `other`, styles included.
     void setSlice(const Text& other, uint32_t pos, uint32_t len);
     void append(const Text& other, uint32_t pos = 0, uint32_t len = UINT32_MAX);
@@ -51,7 +66,7 @@ public:
     void erase(uint32_t pos, uint32_t len);
     // Replaces the units with as many others, keeping styles and alignment (case mapping); units
     // of another length replace the text as assign() does.
-    void replaceUnits(std::u16string units);
+    void replaceUnits(std::u16string_view units);
 
     // Character styles. styleAt of a position at or past the end gives the last style (or the
     // all-disabled style for an empty text); runEnd is the first position with another style.
@@ -80,12 +95,24 @@ public:
     };
 
 private:
-    std::u16string units_;
-    // Sorted by start, the first at 0, neighbours differ; empty means all disabled.
-    std::vector<Span<CharStyle>> runs_;
-    // Alignment per character; a paragraph takes the value of its first character. Empty means
-    // None everywhere.
-    std::vector<Span<Alignment>> paras_;
+    struct Adopt {};
+    Text(Adopt, std::pmr::u16string&& units) : units_(std::move(units)) {}
+
+    // Span lists are sorted by start, the first at 0, neighbours differ. An empty run list means
+    // all traits disabled; an empty alignment list means None everywhere (a paragraph takes the
+    // value of its first character).
+    struct Styles {
+        std::vector<Span<CharStyle>> runs;
+        std::vector<Span<Alignment>> paras;
+    };
+    const std::vector<Span<CharStyle>>& runs() const;
+    const std::vector<Span<Alignment>>& paras() const;
+    Styles& styles();  // made on the first change that may style the text
+
+    std::pmr::u16string units_;
+    // Most texts are plain (a SQL result holds them by the hundred thousand): their styles take
+    // one null pointer.
+    std::unique_ptr<Styles> styles_;
 };
 
 // The style with the values of its disabled traits cleared, so that equal styles compare equal.

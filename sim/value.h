@@ -6,13 +6,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sim/text.h"
 
 namespace sim {
 
-enum class Type : int32_t {
+enum class Type : uint8_t {
     Invalid = 0,
     Text = 1,
     Number = 2,
@@ -34,6 +35,20 @@ struct Number {
 // Text form: at most 16 significant digits, no exponent, no trailing zeros, '.' as decimal
 // separator, "0.5" for one half; an empty number gives "".
 std::u16string formatNumber(const Number& n);
+
+// The same text form, made without allocating when it is short (as nearly every one is).
+class NumberText {
+public:
+    explicit NumberText(const Number& n);
+    std::u16string_view view() const {
+        return longer_.empty() ? std::u16string_view(buffer_, size_) : longer_;
+    }
+
+private:
+    char16_t buffer_[32];
+    std::size_t size_ = 0;
+    std::u16string longer_;  // very large and very small numbers only
+};
 // FileMaker's text-to-number rule: every non-digit is dropped except the first decimal point and
 // a leading minus sign or parentheses; no digit at all gives an empty number.
 Number parseNumber(std::u16string_view text);
@@ -71,6 +86,12 @@ std::optional<DateTime> parseTimestamp(std::u16string_view text);
 std::u16string formatSqlDate(const DateTime& d);
 std::u16string formatSqlTime(const DateTime& t);
 std::u16string formatSqlTimestamp(const DateTime& ts);
+// The same forms written into `out`, which has room for kSqlTextCapacity units; they return the
+// number of units written.
+constexpr std::size_t kSqlTextCapacity = 96;
+std::size_t writeSqlDate(const DateTime& d, char16_t* out);
+std::size_t writeSqlTime(const DateTime& t, char16_t* out);
+std::size_t writeSqlTimestamp(const DateTime& ts, char16_t* out);
 
 // Container data: a list of typed streams (four-character type, bytes).
 struct Binary {
@@ -135,7 +156,12 @@ public:
     bool sqlTextForm() const { return sqlTextForm_; }
 
 private:
+    // Moves the text in (an assignment would copy units kept in an arena out of it).
+    explicit Value(Text&& t) : type_(Type::Text), text_(std::move(t)) {}
+
+    // Laid out small: a SQL result keeps one value per field.
     Type type_ = Type::Invalid;
+    bool sqlTextForm_ = false;
     int32_t locale_ = 1;
     Text text_;
     Number number_;  // for dates, times and timestamps only `empty` is used
@@ -144,7 +170,6 @@ private:
     // thousand), so their streams live elsewhere; they never change once made, so copies share
     // them.
     std::shared_ptr<const Binary> binary_;
-    bool sqlTextForm_ = false;
 };
 
 }  // namespace sim

@@ -60,7 +60,7 @@ std::optional<int64_t> dayOf(const Value& v) {
             return static_cast<int64_t>(d);
         }
         case Type::Text: {
-            const std::u16string& units = v.textValue().units();
+            const std::u16string_view units = v.textValue().units();
             if (auto d = parseDate(units)) return checkedDay(d->days());
             if (auto ts = parseTimestamp(units)) return checkedDay(ts->days());
             return std::nullopt;
@@ -84,7 +84,7 @@ std::optional<double> timeOf(const Value& v) {
             return s;
         }
         case Type::Text: {
-            const std::u16string& units = v.textValue().units();
+            const std::u16string_view units = v.textValue().units();
             if (auto t = parseTime(units)) return t->seconds();
             if (auto ts = parseTimestamp(units)) return ts->secondsOfDay();
             return std::nullopt;
@@ -110,7 +110,7 @@ std::optional<double> timestampOf(const Value& v) {
             return s;
         }
         case Type::Text: {
-            const std::u16string& units = v.textValue().units();
+            const std::u16string_view units = v.textValue().units();
             if (auto ts = parseTimestamp(units)) return ts->seconds();
             if (auto d = parseDate(units))
                 return static_cast<double>(d->days() - 1) * kSecondsPerDay;

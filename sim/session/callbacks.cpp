@@ -18,8 +18,8 @@ FMX_ErrorCode startScriptCallback(const fmx::Text* fileName, const fmx::Text* sc
                                   const fmx::Data* parameter) noexcept {
     try {
         if (scriptName == nullptr) return kScriptMissing;
-        std::u16string file = fileName ? textOf(*fileName).units() : std::u16string();
-        std::u16string param = parameter ? valueOf(*parameter).asText().units() : std::u16string();
+        std::u16string file = fileName ? textOf(*fileName).unitsCopy() : std::u16string();
+        std::u16string param = parameter ? valueOf(*parameter).asText().unitsCopy() : std::u16string();
         return Host::instance().startScript(file, textOf(*scriptName).units(), std::move(param));
     } catch (const std::bad_alloc&) {
         return kMemoryError;

@@ -62,7 +62,7 @@ void Database::runScript(const std::string& sql) {
 }
 
 short Database::query(std::u16string_view sql, const std::vector<Value>& params,
-                      const RowSink& sink) {
+                      RowSink& sink) {
     std::lock_guard lock(mutex_);
     lastMessage_.clear();
     auto fail = [&] {
@@ -97,16 +97,18 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
     kinds.reserve(static_cast<std::size_t>(columns));
     for (int c = 0; c < columns; ++c)
         kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
+    std::pmr::memory_resource* const arena = sink.arena();
+    std::vector<SqlCell> row;
+    row.reserve(static_cast<std::size_t>(columns));
     for (;;) {
         const int rc = sqlite3_step(st.get());
         if (rc == SQLITE_DONE) return 0;
         if (rc != SQLITE_ROW) return fail();
-        std::vector<Value> row;
-        row.reserve(static_cast<std::size_t>(columns));
+        row.clear();
         for (int c = 0; c < columns; ++c) {
-            row.push_back(columnValue(st.get(), c, kinds[static_cast<std::size_t>(c)]));
+            row.push_back(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
         }
-        sink(std::move(row));
+        sink.row(row);
     }
 }
 

@@ -2,7 +2,7 @@
 // "?" markers, and SQLite's failures mapped to the host's SQL error code.
 #pragma once
 
-#include <functional>
+#include <memory_resource>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/session/sql_values.h"
 #include "sim/value.h"
 
 struct sqlite3;
@@ -37,10 +38,20 @@ public:
     // Runs a script of SQL statements (a seed file). Throws DatabaseError.
     void runScript(const std::string& sql);
 
-    using RowSink = std::function<void(std::vector<Value>&& row)>;
+    // Receives a result as it is read, one row at a time.
+    class RowSink {
+    public:
+        // Where the units of the row's texts go (null for the heap); it must outlive them.
+        virtual std::pmr::memory_resource* arena() { return nullptr; }
+        // The row's cells, which the sink may move out (the vector is refilled for the next row).
+        virtual void row(std::vector<SqlCell>& cells) = 0;
+
+    protected:
+        ~RowSink() = default;
+    };
     // Runs one statement with `params` bound to its markers in order; every result row goes to
     // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
-    short query(std::u16string_view sql, const std::vector<Value>& params, const RowSink& sink);
+    short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink);
     std::string lastMessage() const;
 
 private:

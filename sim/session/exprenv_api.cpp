@@ -1,10 +1,15 @@
 // The FM_ExprEnv_* functions: evaluation, Get functions, SQL and function registration as the
 // plug-in reaches them through fmx::ExprEnv.
+#include <memory_resource>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "host/fmx_abi.h"
 #include "sim/abi_guard.h"
 #include "sim/handles.h"
+#include "sim/objects.h"
+#include "sim/session/database.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"
 #include "sim/session/sql_values.h"
@@ -18,10 +23,52 @@ using sim::abi::guardOr;
 
 // The file a SQL call runs on: the named one, or the calling file for an empty name.
 std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
-    const std::u16string& named = sim::textOf(filename).units();
-    if (!named.empty()) return named;
+    const std::u16string_view named = sim::textOf(filename).units();
+    if (!named.empty()) return std::u16string(named);
     return sim::HostContext(Host::instance(), env).fileName();
 }
+
+// Keeps a result's rows in a row vector, the units of their texts in the vector's arena.
+class RowsInto final : public sim::Database::RowSink {
+public:
+    explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows)) {}
+    std::pmr::memory_resource* arena() override { return &rows_.arena; }
+    void row(std::vector<sim::SqlCell>& cells) override {
+        auto& items = rows_.rows.emplace_back().items;
+        items.reserve(cells.size());
+        for (sim::SqlCell& c : cells) items.push_back(rows_.keep(std::move(c.value), std::move(c.text)));
+    }
+
+private:
+    sim::RowVectObj& rows_;
+};
+
+// Joins a result's text forms with single-unit separators. The cells of a row live only until
+// the next, so their units go to scratch memory released row by row.
+class JoinedText final : public sim::Database::RowSink {
+public:
+    JoinedText(char16_t fieldSeparator, char16_t rowSeparator)
+        : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator) {}
+    std::pmr::memory_resource* arena() override { return &scratch_; }
+    void row(std::vector<sim::SqlCell>& cells) override {
+        if (rows_++ > 0) joined_.push_back(rowSeparator_);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (i > 0) joined_.push_back(fieldSeparator_);
+            const sim::SqlCell& c = cells[i];
+            joined_ += c.value.type() == sim::Type::Text ? c.value.textValue().units()
+                                                         : c.text.units();
+        }
+        cells.clear();
+        scratch_.release();
+    }
+    std::u16string take() { return std::move(joined_); }
+
+private:
+    char16_t fieldSeparator_, rowSeparator_;
+    std::size_t rows_ = 0;
+    std::u16string joined_;
+    std::pmr::monotonic_buffer_resource scratch_;
+};
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
     Host& host = Host::instance();
@@ -96,9 +143,9 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expres
         auto db = Host::instance().database(sqlFile(*env, filename));
         if (!db) return sim::kFileMissing;
         sim::clearRows(result);
+        RowsInto sink(result);
         const short error =
-            db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                      [&](std::vector<Value>&& row) { sim::appendRow(result, std::move(row)); });
+            db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink);
         if (error) sim::clearRows(result);
         return error;
     });
@@ -115,21 +162,12 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                        if (env == nullptr) return sim::kGenericCalcError;
                        auto db = Host::instance().database(sqlFile(*env, filename));
                        if (!db) return sim::kFileMissing;
-                       std::u16string joined;
-                       bool firstRow = true;
-                       const short error =
-                           db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                                     [&](std::vector<Value>&& row) {
-                                         if (!firstRow)
-                                             joined.push_back(static_cast<char16_t>(rowSep));
-                                         firstRow = false;
-                                         for (std::size_t i = 0; i < row.size(); ++i) {
-                                             if (i) joined.push_back(static_cast<char16_t>(colSep));
-                                             joined += sim::sqlText(row[i]);
-                                         }
-                                     });
+                       JoinedText sink(static_cast<char16_t>(colSep),
+                                       static_cast<char16_t>(rowSep));
+                       const short error = db->query(sim::textOf(expression).units(),
+                                                     sim::valuesOf(parameters), sink);
                        if (error) return error;
-                       sim::setValue(result, Value::text(std::move(joined)));
+                       sim::setValue(result, Value::text(sink.take()));
                        return 0;
                    });
 }
@@ -154,9 +192,9 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
     short maxArgs, fmx::uint32 compatibleOnFlags, fmx::ExtPluginType funcPtr,
     fmx::_fmxcpt& x) noexcept {
     return guardOr("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
-        return Host::instance().registerFunction({functionId, sim::textOf(functionName).units(),
-                                                  sim::textOf(functionPrototype).units(),
-                                                  sim::textOf(functionDescription).units(), minArgs,
+        return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
+                                                  sim::textOf(functionPrototype).unitsCopy(),
+                                                  sim::textOf(functionDescription).unitsCopy(), minArgs,
                                                   maxArgs, compatibleOnFlags, funcPtr});
     });
 }
@@ -169,7 +207,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
                                                  fmx::_fmxcpt& x) noexcept {
     return guardOr("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction(
-            {functionId, sim::textOf(functionName).units(), sim::textOf(functionPrototype).units(),
+            {functionId, sim::textOf(functionName).unitsCopy(), sim::textOf(functionPrototype).unitsCopy(),
              std::u16string(), minArgs, maxArgs, compatibleOnFlags, funcPtr});
     });
 }

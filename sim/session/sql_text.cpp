@@ -1,4 +1,5 @@
 // SQL text forms of dates, times and timestamps (declared in sim/value.h).
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,10 +13,6 @@ namespace {
 
 constexpr int64_t kUsecPerSecond = 1000000;
 constexpr int64_t kUsecPerDay = 86400 * kUsecPerSecond;
-
-std::u16string widen(const char* ascii) {
-    return std::u16string(ascii, ascii + std::strlen(ascii));
-}
 
 // ".5", ".25", "" for whole seconds.
 std::string fraction(int64_t usec) {
@@ -84,31 +81,53 @@ bool putClock(int64_t usec, char16_t*& out) {
 
 }  // namespace
 
-std::u16string formatSqlDate(const DateTime& d) {
-    char16_t buffer[16];
-    char16_t* end = buffer;
-    if (putCalendar(d, end)) return std::u16string(buffer, end);
-    return widen(calendar(d).c_str());
+namespace {
+
+std::size_t writeAscii(const std::string& ascii, char16_t* out) {
+    const std::size_t n = std::min(ascii.size(), kSqlTextCapacity);
+    for (std::size_t i = 0; i < n; ++i) out[i] = static_cast<char16_t>(ascii[i]);
+    return n;
 }
 
-std::u16string formatSqlTime(const DateTime& t) {
-    char16_t buffer[24];
-    char16_t* end = buffer;
-    if (putClock(t.usec, end)) return std::u16string(buffer, end);
-    return widen(clock(t.usec).c_str());
+}  // namespace
+
+std::size_t writeSqlDate(const DateTime& d, char16_t* out) {
+    char16_t* end = out;
+    if (putCalendar(d, end)) return static_cast<std::size_t>(end - out);
+    return writeAscii(calendar(d), out);
 }
 
-std::u16string formatSqlTimestamp(const DateTime& ts) {
+std::size_t writeSqlTime(const DateTime& t, char16_t* out) {
+    char16_t* end = out;
+    if (putClock(t.usec, end)) return static_cast<std::size_t>(end - out);
+    return writeAscii(clock(t.usec), out);
+}
+
+std::size_t writeSqlTimestamp(const DateTime& ts, char16_t* out) {
     int64_t ofDay = ts.usec % kUsecPerDay;
     if (ofDay < 0) ofDay += kUsecPerDay;
-    char16_t buffer[40];
-    char16_t* end = buffer;
+    char16_t* end = out;
     if (putCalendar(ts, end)) {
         *end++ = u' ';
         putClock(ofDay, end);
-        return std::u16string(buffer, end);
+        return static_cast<std::size_t>(end - out);
     }
-    return widen((calendar(ts) + " " + clock(ofDay)).c_str());
+    return writeAscii(calendar(ts) + " " + clock(ofDay), out);
+}
+
+std::u16string formatSqlDate(const DateTime& d) {
+    char16_t buffer[kSqlTextCapacity];
+    return std::u16string(buffer, writeSqlDate(d, buffer));
+}
+
+std::u16string formatSqlTime(const DateTime& t) {
+    char16_t buffer[kSqlTextCapacity];
+    return std::u16string(buffer, writeSqlTime(t, buffer));
+}
+
+std::u16string formatSqlTimestamp(const DateTime& ts) {
+    char16_t buffer[kSqlTextCapacity];
+    return std::u16string(buffer, writeSqlTimestamp(ts, buffer));
 }
 
 }  // namespace sim

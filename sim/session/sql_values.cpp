@@ -21,16 +21,17 @@ bool contains(const std::string& hay, const char* needle) {
 }
 
 // SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
-// Most stored text is ASCII, which widens unit for byte.
-bool isAscii(std::string_view bytes) {
+// Most stored text is ASCII, which widens unit for byte in the same pass that checks it.
+Text textOfUtf8(std::string_view bytes, std::pmr::memory_resource* arena) {
+    std::pmr::u16string units(bytes.size(), u'\0', arena);
     unsigned char any = 0;
-    for (char b : bytes) any |= static_cast<unsigned char>(b);
-    return any < 0x80;
-}
-
-std::u16string unitsOfUtf8(std::string_view bytes) {
-    if (!isAscii(bytes)) return fromUtf8(bytes);
-    return std::u16string(bytes.begin(), bytes.end());
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto b = static_cast<unsigned char>(bytes[i]);
+        any |= b;
+        units[i] = b;
+    }
+    if (any >= 0x80) return Text(fromUtf8(bytes), arena);
+    return Text::adopting(std::move(units));
 }
 
 std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
@@ -51,20 +52,49 @@ std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
     return std::nullopt;
 }
 
-// Short ASCII text in a date-like column (the usual ISO forms) is read from a buffer on the
-// stack: only text that stays text needs a string of its own.
-Value textColumn(std::string_view bytes, ColumnKind kind) {
-    if (kind == ColumnKind::Plain) return Value::text(unitsOfUtf8(bytes));
-    char16_t buffer[40];
-    if (bytes.size() <= std::size(buffer) && isAscii(bytes)) {
-        std::copy(bytes.begin(), bytes.end(), buffer);
-        const std::u16string_view units(buffer, bytes.size());
-        if (std::optional<Value> v = dateLikeValue(units, kind)) return std::move(*v);
-        return Value::text(std::u16string(units));
+// The SQL text form of a value that is not text, made in `arena`.
+Text sqlTextForm(const Value& v, std::pmr::memory_resource* arena) {
+    char16_t buffer[kSqlTextCapacity];
+    switch (v.type()) {
+        case Type::Number:
+        case Type::Boolean:
+            return Text(NumberText(v.numberValue()).view(), arena);
+        case Type::Date:
+            return Text(std::u16string_view(buffer, writeSqlDate(v.dateTimeValue(), buffer)), arena);
+        case Type::Time:
+            return Text(std::u16string_view(buffer, writeSqlTime(v.dateTimeValue(), buffer)), arena);
+        case Type::Timestamp:
+            return Text(
+                std::u16string_view(buffer, writeSqlTimestamp(v.dateTimeValue(), buffer)), arena);
+        default:
+            return Text(v.asText().units(), arena);
     }
-    std::u16string units = unitsOfUtf8(bytes);
-    if (std::optional<Value> v = dateLikeValue(units, kind)) return std::move(*v);
-    return Value::text(std::move(units));
+}
+
+// A value that is not text, with its text form (made first: the value is moved into the cell).
+SqlCell cellOf(Value&& v, std::pmr::memory_resource* arena) {
+    Text text = sqlTextForm(v, arena);
+    return SqlCell{std::move(v), std::move(text)};
+}
+
+// Text of a date-like column becomes a date, time or timestamp when it reads as one; short ASCII
+// text (the usual ISO forms) is read from a buffer on the stack, so only text that stays text
+// takes room of its own.
+SqlCell textCell(std::string_view bytes, ColumnKind kind, std::pmr::memory_resource* arena) {
+    if (kind != ColumnKind::Plain) {
+        char16_t buffer[40];
+        unsigned char any = 0;
+        for (char b : bytes) any |= static_cast<unsigned char>(b);
+        std::optional<Value> v;
+        if (bytes.size() <= std::size(buffer) && any < 0x80) {
+            std::copy(bytes.begin(), bytes.end(), buffer);
+            v = dateLikeValue(std::u16string_view(buffer, bytes.size()), kind);
+        } else {
+            v = dateLikeValue(fromUtf8(bytes), kind);
+        }
+        if (v) return cellOf(std::move(*v), arena);
+    }
+    return {Value::text(textOfUtf8(bytes, arena)), Text()};
 }
 
 int bindText(sqlite3_stmt* st, int index, const std::u16string& text) {
@@ -87,37 +117,37 @@ ColumnKind columnKind(const char* declaredType) {
 
 namespace {
 
-// The value of column `c`, not yet marked as coming from SQL. Built in place and marked once, since
-// a large result makes one per field.
-Value unmarkedColumnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
+SqlCell unmarkedCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
     switch (sqlite3_column_type(st, c)) {
         case SQLITE_INTEGER:
-            return Value::number(static_cast<double>(sqlite3_column_int64(st, c)));
+            return cellOf(Value::number(static_cast<double>(sqlite3_column_int64(st, c))), arena);
         case SQLITE_FLOAT:
-            return Value::number(sqlite3_column_double(st, c));
+            return cellOf(Value::number(sqlite3_column_double(st, c)), arena);
         case SQLITE_TEXT: {
             const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
-            return textColumn(std::string_view(bytes ? bytes : "", bytes ? size : 0), kind);
+            return textCell(std::string_view(bytes ? bytes : "", bytes ? size : 0), kind, arena);
         }
         case SQLITE_BLOB: {
             Binary b;
             const auto* bytes = static_cast<const char*>(sqlite3_column_blob(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
             b.streams.push_back({{'F', 'I', 'L', 'E'}, std::string(bytes ? bytes : "", size)});
-            return Value::binary(std::move(b));
+            return cellOf(Value::binary(std::move(b)), arena);
         }
         default:
-            return Value::text(std::u16string());
+            return SqlCell{Value::text(Text()), Text()};
     }
 }
 
 }  // namespace
 
-Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
-    Value v = unmarkedColumnValue(st, c, kind);
-    v.setSqlTextForm(true);
-    return v;
+// Cells are moved, never assigned, on their way: an assignment would copy the units out of the
+// arena.
+SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
+    SqlCell cell = unmarkedCell(st, c, kind, arena ? arena : std::pmr::get_default_resource());
+    cell.value.setSqlTextForm(true);
+    return cell;
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {
@@ -155,7 +185,7 @@ std::u16string sqlText(const Value& v) {
         case Type::Invalid:
             return {};
         default:
-            return v.asText().units();
+            return v.asText().unitsCopy();
     }
 }
 

@@ -2,6 +2,7 @@
 // parameter is bound.
 #pragma once
 
+#include <memory_resource>
 #include <string>
 
 #include "sim/value.h"
@@ -15,10 +16,18 @@ namespace sim {
 enum class ColumnKind { Plain, Date, Time, Timestamp };
 ColumnKind columnKind(const char* declaredType);
 
-// The value of column `c` of the current row: integers and reals as numbers, ISO text of a
-// date-like column as that type (text it cannot read stays text), text as text, NULL as empty
-// text, blobs as containers. Every value carries the SQL text form mark.
-Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind);
+// One field of a result row: its value and, made with it, the text form the value has in SQL
+// results (left empty for a text value, which is its own text).
+struct SqlCell {
+    Value value;
+    Text text;
+};
+
+// Column `c` of the current row: integers and reals as numbers, ISO text of a date-like column
+// as that type (text it cannot read stays text), text as text, NULL as empty text, blobs as
+// containers. Every value carries the SQL text form mark. The units of its texts are kept in
+// `arena` (the heap when null), which must outlive them.
+SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena);
 
 // Binds a parameter: an empty value as NULL, numbers as integers when whole, dates, times and
 // timestamps in their SQL text forms, containers as the bytes of their first stream.

@@ -22,7 +22,7 @@ inline fmx::TextUniquePtr makeText(std::u16string_view s) {
     return t;
 }
 
-inline std::u16string unitsOf(const fmx::Text& t) { return sim::textOf(t).units(); }
+inline std::u16string unitsOf(const fmx::Text& t) { return sim::textOf(t).unitsCopy(); }
 
 // A running host with the file "Demo" and a calculation environment in it.
 class HostTest : public ::testing::Test {

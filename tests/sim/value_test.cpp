@@ -3,12 +3,18 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
 #include "sim/encoding.h"
 
 namespace sim {
 namespace {
 
-std::string utf8(const std::u16string& s) { return toUtf8(s); }
+std::string utf8(std::u16string_view s) { return toUtf8(s); }
 
 TEST(Number, TextForm) {
     struct Case {
@@ -28,6 +34,33 @@ TEST(Number, TextForm) {
         {{0, true}, ""},
     };
     for (const auto& c : cases) EXPECT_EQ(utf8(formatNumber(c.n)), c.text);
+}
+
+// The fast 16-digit path must give exactly what printf's %.16g gives, ties included; the
+// reference is the general conversion, which the fast path replaces between 1e-4 and 1e15.
+TEST(Number, SixteenDigitsAgreeWithTheGeneralConversion) {
+    auto reference = [](double d) {
+        char buf[64];
+        char* end = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::general, 16).ptr;
+        return std::string(buf, end);
+    };
+    std::vector<double> samples = {
+        1e-4, 0.00012207031250000005, 9.999999999999999e14, 999999999999999.875,
+        12345678901.234375,  // 17 digits ending in 5: a tie rounded to even
+        12345678901.171875, 0.1, 0.7, 9.1, 99.99999999999999, 1.0000000000000002,
+        8.000000000000002, 9.999999999999998, 5e-5 * 3, 1234.5678,
+    };
+    std::mt19937_64 random(20261121);
+    std::uniform_real_distribution<double> exponent(-4, 15);
+    std::uniform_real_distribution<double> unit(1, 10);
+    for (int i = 0; i < 200000; ++i) samples.push_back(unit(random) * std::pow(10, exponent(random)));
+    for (int k = 1; k < 40; ++k)  // dyadic fractions, whose digits end exactly
+        samples.push_back(std::ldexp(static_cast<double>(random() >> 11), -k));
+    for (double d : samples) {
+        if (d < 1e-4 || d >= 1e15 || std::trunc(d) == d) continue;
+        ASSERT_EQ(utf8(formatNumber({d})), reference(d)) << d;
+        ASSERT_EQ(utf8(formatNumber({-d})), "-" + reference(d)) << d;
+    }
 }
 
 TEST(Number, ParsesTheWayGetAsNumberDoes) {
