@@ -17,11 +17,7 @@ bool DataObj::refresh(unsigned which) const {
     return true;
 }
 
-const Text& DataObj::text() const {
-    if (value_.type() == Type::Text) return value_.textValue();
-    if (refresh(kText)) text_ = value_.asText();
-    return text_;
-}
+const Text& DataObj::text() const { return value_.textForm(); }
 
 const Number& DataObj::number() const {
     if (value_.type() == Type::Number || value_.type() == Type::Boolean) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -110,7 +111,9 @@ uint64_t sixteenDigits(double x, int& exponent) {
     std::memcpy(&bits, &x, sizeof bits);
     const uint64_t mantissa = (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52);
     const int shift = 1075 - static_cast<int>(bits >> 52 & 0x7ff);  // x = mantissa / 2^shift
-    exponent = static_cast<int>(std::floor(std::log10(x)));
+    // floor(log10(x)) is floor(binary exponent * log10(2)) or one more; the loop corrects it.
+    // The caller's range bounds it below by -4, which keeps 15 - exponent within the table.
+    exponent = std::max(-4, ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12);
     for (;;) {
         const unsigned __int128 scaled =
             static_cast<unsigned __int128>(mantissa) * kPowersOfTen[15 - exponent];

@@ -33,7 +33,8 @@ struct QuadCharObj {
 // object's whole life and are refreshed on the first read after a change, so a borrowed pointer
 // is valid until the value next changes (and never dangles before the object is deleted).
 // A SQL result holds hundreds of thousands of these objects, most of them read once as text: the
-// text form is kept in place, the other forms in a block made on the first read that needs one.
+// value keeps its text form itself, the other forms live in a block made on the first read that
+// needs one.
 class DataObj {
 public:
     DataObj() = default;
@@ -44,7 +45,7 @@ public:
     // A value with its text form made beforehand (as a SQL result makes them, to be read as text).
     // Both are moved in, so units kept in an arena stay there.
     DataObj(Value&& v, Text&& textForm)
-        : value_(std::move(v)), fresh_(kText), text_(std::move(textForm)) {}
+        : value_(Value::withTextForm(std::move(v), std::move(textForm))) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);
@@ -69,7 +70,7 @@ public:
     const LocaleObj& locale() const;
 
 private:
-    enum : unsigned { kText = 1, kNumber = 2, kDate = 4, kTime = 8, kTimestamp = 16, kLocale = 32 };
+    enum : unsigned { kNumber = 2, kDate = 4, kTime = 8, kTimestamp = 16, kLocale = 32 };
     struct Converted {
         Number number;
         DateTimeObj date, time, timestamp;
@@ -80,10 +81,9 @@ private:
     Converted& converted() const;
     bool refresh(unsigned which) const;
 
-    Value value_;
+    mutable Value value_;  // mutable: it keeps its text form once made
     mutable unsigned fresh_ = 0;
     bool pooled_ = false;  // never copied: a copy belongs to whoever made it
-    mutable Text text_;
     mutable std::unique_ptr<Converted> converted_;
 };
 

@@ -29,6 +29,38 @@ DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOf
 
 Value Value::text(Text t) { return Value(std::move(t)); }
 
+Value::Value(Value&& v, Text&& form)
+    : type_(v.type_),
+      sqlTextForm_(v.sqlTextForm_),
+      hasTextForm_(true),
+      locale_(v.locale_),
+      text_(std::move(form)),
+      number_(v.number_),
+      dt_(v.dt_),
+      binary_(std::move(v.binary_)) {}
+
+Value Value::withTextForm(Value&& v, Text&& form) {
+    if (v.type_ == Type::Text) return std::move(v);
+    return Value(std::move(v), std::move(form));
+}
+
+const Text& Value::textForm() {
+    if (type_ != Type::Text && !hasTextForm_) {
+        text_ = asText();
+        hasTextForm_ = true;
+    }
+    return text_;
+}
+
+void Value::setSqlTextForm(bool on) {
+    if (on == sqlTextForm_) return;
+    sqlTextForm_ = on;
+    if (hasTextForm_) {  // the form depends on the mark
+        hasTextForm_ = false;
+        text_ = Text();
+    }
+}
+
 Value Value::text(std::u16string s) { return text(Text(std::move(s))); }
 
 Value Value::number(Number n) {
@@ -105,7 +137,7 @@ bool Value::isEmpty() const {
 }
 
 Text Value::asText() const {
-    if (type_ == Type::Text) return text_;
+    if (type_ == Type::Text || hasTextForm_) return text_;
     if (isDateKind(type_) && number_.empty) return Text();
     if (sqlTextForm_) {
         if (type_ == Type::Date) return Text(formatSqlDate(dt_));

@@ -152,18 +152,26 @@ public:
     // Values that come out of SQL results carry SQL's text forms: asText() of a date, time or
     // timestamp marked this way gives formatSqlDate/Time/Timestamp instead of the calculation
     // forms. The mark travels with copies of the value.
-    void setSqlTextForm(bool on) { sqlTextForm_ = on; }
+    void setSqlTextForm(bool on);
     bool sqlTextForm() const { return sqlTextForm_; }
 
+    // A value other than text can carry its text form, made once and kept with it; asText()
+    // then gives that form. A SQL result makes its values so, the form's units in its arena.
+    static Value withTextForm(Value&& v, Text&& form);
+    // The text of a text value, or the text form of any other, made now when not carried yet.
+    const Text& textForm();
+
 private:
-    // Moves the text in (an assignment would copy units kept in an arena out of it).
+    // Move the text in (an assignment would copy units kept in an arena out of it).
     explicit Value(Text&& t) : type_(Type::Text), text_(std::move(t)) {}
+    Value(Value&& v, Text&& form);
 
     // Laid out small: a SQL result keeps one value per field.
     Type type_ = Type::Invalid;
     bool sqlTextForm_ = false;
+    bool hasTextForm_ = false;
     int32_t locale_ = 1;
-    Text text_;
+    Text text_;  // the text of a text value; the carried text form of another
     Number number_;  // for dates, times and timestamps only `empty` is used
     DateTime dt_;
     // Containers are rare next to the other types (a SQL result makes values by the hundred

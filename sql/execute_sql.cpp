@@ -3,7 +3,7 @@
 //
 // There is deliberately no exception frame here: a failing host call leaves the function and
 // reaches the host, and the owning pointers release what was made on the way out.
-#include <string>
+#include <memory>
 #include <vector>
 
 #include "fmlib/convert.h"
@@ -46,23 +46,30 @@ std::vector<FieldText> readFields(const fmx::RowVect& rows) {
     return fields;
 }
 
+// The joined units, written in place: no unit is set twice.
+struct JoinedUnits {
+    std::unique_ptr<fmx::uint16[]> units;
+    fmx::uint32 size = 0;
+};
+
 // Fields and records joined without quoting: a separator inside a value stays as it is. The
-// units are gathered here, into a string sized once, and handed to the host in one call, so the
+// units are gathered here, into a buffer sized once, and handed to the host in one call, so the
 // cost stays linear in the result's size whatever the host's own appending costs.
-std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
-                        char16_t recordSeparator) {
+JoinedUnits joinRows(const fmx::RowVect& rows, fmx::uint16 fieldSeparator,
+                     fmx::uint16 recordSeparator) {
     const std::vector<FieldText> fields = readFields(rows);
     if (fields.empty()) return {};
     std::size_t total = fields.size() - 1;  // a separator between any two fields
     for (const FieldText& field : fields) total += field.size;
-    std::u16string joined(total, u'\0');
+    JoinedUnits joined{std::make_unique_for_overwrite<fmx::uint16[]>(total),
+                       static_cast<fmx::uint32>(total)};
 
-    char16_t* out = joined.data();
+    fmx::uint16* out = joined.units.get();
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const FieldText& field = fields[i];
         if (i > 0) *out++ = field.startsRow ? recordSeparator : fieldSeparator;
         if (field.size == 0) continue;
-        field.text->GetUnicode(reinterpret_cast<fmx::uint16*>(out), 0, field.size);
+        field.text->GetUnicode(out, 0, field.size);
         out += field.size;
     }
     return joined;
@@ -91,10 +98,9 @@ fmx::errcode Ravelin_ExecuteSQL(short, const fmx::ExprEnv& env, const fmx::DataV
         return 0;
     }
 
-    const std::u16string joined = joinRows(*rows, fieldSeparator, recordSeparator);
+    const JoinedUnits joined = joinRows(*rows, fieldSeparator, recordSeparator);
     fmx::TextUniquePtr output;
-    output->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(joined.data()),
-                                    static_cast<fmx::uint32>(joined.size()));
+    output->AssignUnicodeWithLength(joined.units.get(), joined.size);
     result.SetAsText(*output, result.GetLocale(), fmx::kDTText);
     rvl::SetLastError(rvl::kNoError, "No Error Message", env);
     return 0;

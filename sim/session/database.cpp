@@ -98,17 +98,14 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
     for (int c = 0; c < columns; ++c)
         kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
     std::pmr::memory_resource* const arena = sink.arena();
-    std::vector<SqlCell> row;
-    row.reserve(static_cast<std::size_t>(columns));
     for (;;) {
         const int rc = sqlite3_step(st.get());
         if (rc == SQLITE_DONE) return 0;
         if (rc != SQLITE_ROW) return fail();
-        row.clear();
+        sink.beginRow(columns);
         for (int c = 0; c < columns; ++c) {
-            row.push_back(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
+            sink.cell(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
         }
-        sink.row(row);
     }
 }
 

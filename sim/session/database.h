@@ -43,8 +43,9 @@ public:
     public:
         // Where the units of the row's texts go (null for the heap); it must outlive them.
         virtual std::pmr::memory_resource* arena() { return nullptr; }
-        // The row's cells, which the sink may move out (the vector is refilled for the next row).
-        virtual void row(std::vector<SqlCell>& cells) = 0;
+        // A row of `columns` cells starts; its cells follow in order.
+        virtual void beginRow(int columns) = 0;
+        virtual void cell(SqlCell&& cell) = 0;
 
     protected:
         ~RowSink() = default;

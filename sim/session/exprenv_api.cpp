@@ -33,39 +33,42 @@ class RowsInto final : public sim::Database::RowSink {
 public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows)) {}
     std::pmr::memory_resource* arena() override { return &rows_.arena; }
-    void row(std::vector<sim::SqlCell>& cells) override {
-        auto& items = rows_.rows.emplace_back().items;
-        items.reserve(cells.size());
-        for (sim::SqlCell& c : cells) items.push_back(rows_.keep(std::move(c.value), std::move(c.text)));
+    void beginRow(int columns) override {
+        items_ = &rows_.rows.emplace_back().items;
+        items_->reserve(static_cast<std::size_t>(columns));
+    }
+    void cell(sim::SqlCell&& c) override {
+        items_->push_back(rows_.keep(std::move(c.value), std::move(c.text)));
     }
 
 private:
     sim::RowVectObj& rows_;
+    std::vector<sim::DataObjPtr>* items_ = nullptr;
 };
 
-// Joins a result's text forms with single-unit separators. The cells of a row live only until
-// the next, so their units go to scratch memory released row by row.
+// Joins a result's text forms with single-unit separators. A cell lives only until it is
+// appended, so the units of its text go to scratch memory released row by row.
 class JoinedText final : public sim::Database::RowSink {
 public:
     JoinedText(char16_t fieldSeparator, char16_t rowSeparator)
         : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator) {}
     std::pmr::memory_resource* arena() override { return &scratch_; }
-    void row(std::vector<sim::SqlCell>& cells) override {
-        if (rows_++ > 0) joined_.push_back(rowSeparator_);
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            if (i > 0) joined_.push_back(fieldSeparator_);
-            const sim::SqlCell& c = cells[i];
-            joined_ += c.value.type() == sim::Type::Text ? c.value.textValue().units()
-                                                         : c.text.units();
-        }
-        cells.clear();
+    void beginRow(int) override {
         scratch_.release();
+        if (rows_++ > 0) joined_.push_back(rowSeparator_);
+        firstCell_ = true;
+    }
+    void cell(sim::SqlCell&& c) override {
+        if (!firstCell_) joined_.push_back(fieldSeparator_);
+        firstCell_ = false;
+        joined_ += c.value.type() == sim::Type::Text ? c.value.textValue().units() : c.text.units();
     }
     std::u16string take() { return std::move(joined_); }
 
 private:
     char16_t fieldSeparator_, rowSeparator_;
     std::size_t rows_ = 0;
+    bool firstCell_ = true;
     std::u16string joined_;
     std::pmr::monotonic_buffer_resource scratch_;
 };

@@ -77,10 +77,38 @@ SqlCell cellOf(Value&& v, std::pmr::memory_resource* arena) {
     return SqlCell{std::move(v), std::move(text)};
 }
 
+// A date in exactly the SQL form "2024-01-31" (years 1 to 9999), which is then also its text
+// form: the common case in a DATE column, read without the general parser.
+std::optional<DateTime> sqlFormDate(std::string_view b) {
+    if (b.size() != 10 || b[4] != '-' || b[7] != '-') return std::nullopt;
+    int field[3] = {0, 0, 0};
+    const int starts[3] = {0, 5, 8}, widths[3] = {4, 2, 2};
+    for (int f = 0; f < 3; ++f) {
+        for (int i = starts[f]; i < starts[f] + widths[f]; ++i) {
+            if (b[static_cast<std::size_t>(i)] < '0' || b[static_cast<std::size_t>(i)] > '9') {
+                return std::nullopt;
+            }
+            field[f] = field[f] * 10 + (b[static_cast<std::size_t>(i)] - '0');
+        }
+    }
+    const auto [year, month, day] = field;
+    if (year < 1 || month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
+    const DateTime d = DateTime::fromYmd(year, month, day);
+    int y = 0, m = 0, dd = 0;
+    d.ymd(y, m, dd);  // fromYmd carries a day past the month's end into the next month
+    if (y != year || m != month || dd != day) return std::nullopt;
+    return d;
+}
+
 // Text of a date-like column becomes a date, time or timestamp when it reads as one; short ASCII
 // text (the usual ISO forms) is read from a buffer on the stack, so only text that stays text
 // takes room of its own.
 SqlCell textCell(std::string_view bytes, ColumnKind kind, std::pmr::memory_resource* arena) {
+    if (kind == ColumnKind::Date) {
+        if (const std::optional<DateTime> d = sqlFormDate(bytes)) {
+            return SqlCell{Value::date(*d), textOfUtf8(bytes, arena)};
+        }
+    }
     if (kind != ColumnKind::Plain) {
         char16_t buffer[40];
         unsigned char any = 0;

@@ -14,6 +14,9 @@ CREATE TABLE t (i INTEGER, r REAL, s TEXT, d DATE, tm TIME, ts TIMESTAMP, b BLOB
                 bad DATE);
 INSERT INTO t VALUES (42, 2.5, 'héllo 😀', '2024-01-31', '13:05:00', '2024-01-31 13:05:00',
                       x'0102', NULL, 'not a date');
+CREATE TABLE days (k INTEGER, d DATE);
+INSERT INTO days VALUES (1, '2024-02-29'), (2, '2023-02-29'), (3, '2024-1-5'), (4, '0000-01-01'),
+                        (5, '2024-13-01'), (6, '9999-12-31'), (7, '2024-02-3x');
 CREATE TABLE pairs (k INTEGER, v TEXT);
 INSERT INTO pairs VALUES (1, 'a'), (2, 'b, c');
 )";
@@ -81,6 +84,32 @@ TEST_F(SqlTest, ColumnsComeBackTypedWithSqlTextForms) {
     }
     EXPECT_EQ(r.rows[0][3].asDate(), sim::DateTime::fromYmd(2024, 1, 31));
     EXPECT_EQ(r.rows[0][6].asBinary().streams.at(0).bytes, std::string("\x01\x02", 2));
+}
+
+// Text in a DATE column becomes a date only when it names a real day; the value's text, as the
+// host hands it out from the row vector, is the SQL form of that day.
+TEST_F(SqlTest, DateColumnTextBecomesADateOnlyForRealDays) {
+    struct Case {
+        sim::Type type;
+        std::u16string text;
+    };
+    const Case expected[] = {
+        {sim::Type::Date, u"2024-02-29"}, {sim::Type::Text, u"2023-02-29"},
+        {sim::Type::Date, u"2024-01-05"}, {sim::Type::Text, u"0000-01-01"},
+        {sim::Type::Text, u"2024-13-01"}, {sim::Type::Date, u"9999-12-31"},
+        {sim::Type::Text, u"2024-02-3x"},
+    };
+    fmx::RowVectUniquePtr rows;
+    sim::DataVectHandle none = sim::makeDataVect({});
+    ASSERT_EQ(env.handleRef().ExecuteFileSQL(*makeText(u"SELECT d FROM days ORDER BY k"),
+                                             *makeText(u""), *none, *rows),
+              0);
+    ASSERT_EQ(rows->Size(), std::size(expected));
+    for (fmx::uint32 r = 0; r < rows->Size(); ++r) {
+        const fmx::Data& field = rows->At(r).At(0);
+        EXPECT_EQ(sim::valueOf(field).type(), expected[r].type) << "row " << r;
+        EXPECT_EQ(sim::textOf(field.GetAsText()).units(), expected[r].text) << "row " << r;
+    }
 }
 
 TEST_F(SqlTest, ErrorsMapToTheHostsCodes) {

@@ -159,6 +159,20 @@ TEST(Value, Conversions) {
     EXPECT_FALSE(Value::text(u"abc").asBoolean());
 }
 
+// A carried text form stands for the value's text until the SQL mark, which the form depends on,
+// changes.
+TEST(Value, CarriedTextFormFollowsTheSqlMark) {
+    Value v = Value::date(DateTime::fromYmd(2024, 1, 31));
+    v.setSqlTextForm(true);
+    v = Value::withTextForm(std::move(v), Text(u"2024-01-31"));
+    Value copy = v;
+    EXPECT_EQ(utf8(copy.asText().units()), "2024-01-31");
+    copy.setSqlTextForm(false);
+    EXPECT_EQ(utf8(copy.asText().units()), "1/31/2024");
+    EXPECT_EQ(utf8(copy.textForm().units()), "1/31/2024");
+    EXPECT_EQ(utf8(v.asText().units()), "2024-01-31");
+}
+
 TEST(Value, EmptyValues) {
     const Value noDate = Value::text(u"no date").as(Type::Date);
     EXPECT_EQ(noDate.type(), Type::Date);
