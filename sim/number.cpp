@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 #include "sim/decimal.h"
@@ -175,10 +176,15 @@ NumberText::NumberText(const Number& n) {
     // to round: the common case (ids, counts) is written directly.
     const double magnitude = std::fabs(n.value);
     if (magnitude < 1e15 && std::trunc(n.value) == n.value) {
-        char digits[24];
-        const char* end =
-            std::to_chars(digits, digits + sizeof digits, static_cast<int64_t>(n.value)).ptr;
-        for (const char* p = digits; p != end; ++p) buffer_[size_++] = static_cast<char16_t>(*p);
+        char16_t digits[16];
+        char16_t* first = std::end(digits);
+        auto whole = static_cast<uint64_t>(magnitude);
+        do {
+            *--first = static_cast<char16_t>(u'0' + whole % 10);
+            whole /= 10;
+        } while (whole != 0);
+        if (n.value < 0) buffer_[size_++] = u'-';
+        for (; first != std::end(digits); ++first) buffer_[size_++] = *first;
         return;
     }
     const bool exactWidth = n.precision < 0 || n.precision >= 16;
