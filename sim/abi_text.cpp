@@ -13,8 +13,8 @@ namespace {
 
 constexpr fmx::uint32 kNotFound = 0xFFFFFFFFu;
 
-std::u16string unitsFrom(const fmx::uint16* s, size_t length) {
-    return std::u16string(reinterpret_cast<const char16_t*>(s), length);
+std::u16string_view unitsFrom(const fmx::uint16* s, size_t length) {
+    return std::u16string_view(reinterpret_cast<const char16_t*>(s), length);
 }
 
 size_t unicodeLength(const fmx::uint16* s) {
@@ -116,7 +116,7 @@ void FM_Text_AssignWideWithLength(void* self, const wchar_t* s, fmx::uint32 strl
 void FM_Text_AssignUnicode(void* self, const fmx::uint16* s, _fmxcpt& x) noexcept {
     guard(__func__, x, [&] {
         Text& t = abi::self<Text>(self);
-        t.assign(s ? unitsFrom(s, unicodeLength(s)) : std::u16string());
+        t.assign(s ? unitsFrom(s, unicodeLength(s)) : std::u16string_view());
     });
 }
 
@@ -125,7 +125,7 @@ void FM_Text_AssignUnicodeWithLength(void* self, const fmx::uint16* s, fmx::uint
     guard(__func__, x, [&] {
         Text& t = abi::self<Text>(self);
         require(s != nullptr || strlength == 0);
-        t.assign(strlength ? unitsFrom(s, strlength) : std::u16string());
+        t.assign(strlength ? unitsFrom(s, strlength) : std::u16string_view());
     });
 }
 

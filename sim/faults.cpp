@@ -14,9 +14,6 @@ struct Armed {
     std::map<std::string, int, std::less<>> functions;
 };
 
-// Set by the first failNth/failFunction and cleared only by clear(): an unarmed host (every run
-// outside fault tests) pays one relaxed load per call and never writes shared state.
-std::atomic<bool> armed{false};
 std::atomic<uint64_t> calls{0};
 std::mutex mutex;
 
@@ -26,6 +23,8 @@ Armed& state() {
 }
 
 }  // namespace
+
+std::atomic<bool> armed{false};
 
 void failNthCall(uint64_t n, int code) {
     std::lock_guard lock(mutex);
@@ -52,8 +51,7 @@ void clear() {
 
 uint64_t callCount() { return calls.load(std::memory_order_relaxed); }
 
-bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept {
-    if (!armed.load(std::memory_order_acquire)) return false;
+bool armedCallFails(const char* function, fmx::_fmxcpt& x) noexcept {
     const uint64_t n = calls.fetch_add(1) + 1;
     int code = 0;
     {

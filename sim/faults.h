@@ -2,6 +2,7 @@
 // their failure record, so that the plug-in's exception frames can be exercised.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -17,8 +18,15 @@ void clear();
 // Host calls made since the last clear(); calls are counted only once a fault has been armed.
 uint64_t callCount();
 
+// Set by the first failNthCall/failFunction and cleared only by clear(): an unarmed host (every
+// run outside fault tests) pays one relaxed load per call, inlined, and never writes shared state.
+extern std::atomic<bool> armed;
+bool armedCallFails(const char* function, fmx::_fmxcpt& x) noexcept;
+
 // Called first by every FM_* function. True when this call must fail; the code is then stored in
-// the record. Cheap when nothing is armed.
-bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept;
+// the record.
+inline bool shouldFail(const char* function, fmx::_fmxcpt& x) noexcept {
+    return armed.load(std::memory_order_acquire) && armedCallFails(function, x);
+}
 
 }  // namespace sim::faults

@@ -42,10 +42,9 @@ public:
     // thousand, and each extra move of a Value costs.
     explicit DataObj(Value&& v) : value_(std::move(v)) {}
     explicit DataObj(const Value& v) : value_(v) {}
-    // A value with its text form made beforehand (as a SQL result makes them, to be read as text).
-    // Both are moved in, so units kept in an arena stay there.
-    DataObj(Value&& v, Text&& textForm)
-        : value_(Value::withTextForm(std::move(v), std::move(textForm))) {}
+    // A field of a SQL result, its value made in place (each move of a Value costs, and a result
+    // makes them by the hundred thousand); its text moves in, so units in an arena stay there.
+    explicit DataObj(Value::SqlField&& field) : value_(Value::fromSqlField(std::move(field))) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);
@@ -113,20 +112,35 @@ struct RowVectObj {
 
     // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
     // 65536), so a large result takes few large allocations.
-    DataObjPtr keep(Value&& v, Text&& textForm) {
+    DataObjPtr keep(Value::SqlField&& field) {
         if (blocks.empty() || blocks.back().size() == blocks.back().capacity()) {
             std::size_t kept = 0;
             for (const auto& block : blocks) kept += block.size();
             blocks.emplace_back().reserve(std::clamp<std::size_t>(kept, 256, 65536));
         }
-        DataObj& d = blocks.back().emplace_back(std::move(v), std::move(textForm));
+        DataObj& d = blocks.back().emplace_back(std::move(field));
         d.markPooled();
         return DataObjPtr(&d);
     }
+    RowVectObj() = default;
+    RowVectObj(const RowVectObj&) = delete;
+    RowVectObj& operator=(const RowVectObj&) = delete;
+    ~RowVectObj() { dropRowPointers(); }
+
     void clear() {
+        dropRowPointers();
         rows.clear();
         blocks.clear();
         arena.release();
+    }
+
+private:
+    // Rows hold only values made by keep(), so their pointers are let go without reading the
+    // values they point to: the blocks destroy those once, in order.
+    void dropRowPointers() {
+        for (DataVectObj& row : rows) {
+            for (DataObjPtr& item : row.items) static_cast<void>(item.release());
+        }
     }
 };
 

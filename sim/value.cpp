@@ -44,6 +44,17 @@ Value Value::withTextForm(Value&& v, Text&& form) {
     return Value(std::move(v), std::move(form));
 }
 
+Value Value::fromSqlField(SqlField&& field) {
+    Value v(std::move(field.text));
+    v.type_ = field.type;
+    v.sqlTextForm_ = true;
+    v.hasTextForm_ = field.type != Type::Text;
+    if (field.type == Type::Number) v.number_.value = field.number;
+    v.dt_ = field.moment;
+    v.binary_ = std::move(field.binary);
+    return v;
+}
+
 const Text& Value::textForm() {
     if (type_ != Type::Text && !hasTextForm_) {
         text_ = asText();

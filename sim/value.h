@@ -161,6 +161,19 @@ public:
     // The text of a text value, or the text form of any other, made now when not carried yet.
     const Text& textForm();
 
+    // A field of a SQL result, marked with SQL's text forms: of `type` (Text, Number, Date, Time,
+    // Timestamp or Binary) with the payload of that type, and `text`, which is the text of a text
+    // value and the carried text form of any other. The text is moved in: units kept in an arena
+    // stay there.
+    struct SqlField {
+        Type type = Type::Text;
+        double number = 0;
+        DateTime moment;
+        std::shared_ptr<const Binary> binary;
+        Text text;
+    };
+    static Value fromSqlField(SqlField&& field);
+
 private:
     // Move the text in (an assignment would copy units kept in an arena out of it).
     explicit Value(Text&& t) : type_(Type::Text), text_(std::move(t)) {}
@@ -171,7 +184,7 @@ private:
     bool sqlTextForm_ = false;
     bool hasTextForm_ = false;
     int32_t locale_ = 1;
-    Text text_;  // the text of a text value; the carried text form of another
+    Text text_;      // the text of a text value; the carried text form of another
     Number number_;  // for dates, times and timestamps only `empty` is used
     DateTime dt_;
     // Containers are rare next to the other types (a SQL result makes values by the hundred

@@ -37,9 +37,7 @@ public:
         items_ = &rows_.rows.emplace_back().items;
         items_->reserve(static_cast<std::size_t>(columns));
     }
-    void cell(sim::SqlCell&& c) override {
-        items_->push_back(rows_.keep(std::move(c.value), std::move(c.text)));
-    }
+    void cell(sim::SqlCell&& c) override { items_->push_back(rows_.keep(std::move(c))); }
 
 private:
     sim::RowVectObj& rows_;
@@ -61,7 +59,7 @@ public:
     void cell(sim::SqlCell&& c) override {
         if (!firstCell_) joined_.push_back(fieldSeparator_);
         firstCell_ = false;
-        joined_ += c.value.type() == sim::Type::Text ? c.value.textValue().units() : c.text.units();
+        joined_ += c.text.units();
     }
     std::u16string take() { return std::move(joined_); }
 
@@ -159,20 +157,19 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                                                  const fmx::DataVect& parameters, fmx::Data& result,
                                                  fmx::uint16 colSep, fmx::uint16 rowSep,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
-                   [&]() -> fmx::errcode {
-                       const Env* env = sim::envOf(self);
-                       if (env == nullptr) return sim::kGenericCalcError;
-                       auto db = Host::instance().database(sqlFile(*env, filename));
-                       if (!db) return sim::kFileMissing;
-                       JoinedText sink(static_cast<char16_t>(colSep),
-                                       static_cast<char16_t>(rowSep));
-                       const short error = db->query(sim::textOf(expression).units(),
-                                                     sim::valuesOf(parameters), sink);
-                       if (error) return error;
-                       sim::setValue(result, Value::text(sink.take()));
-                       return 0;
-                   });
+    return guardOr(
+        "FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+            const Env* env = sim::envOf(self);
+            if (env == nullptr) return sim::kGenericCalcError;
+            auto db = Host::instance().database(sqlFile(*env, filename));
+            if (!db) return sim::kFileMissing;
+            JoinedText sink(static_cast<char16_t>(colSep), static_cast<char16_t>(rowSep));
+            const short error =
+                db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink);
+            if (error) return error;
+            sim::setValue(result, Value::text(sink.take()));
+            return 0;
+        });
 }
 
 fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {
@@ -197,8 +194,8 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
     return guardOr("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
                                                   sim::textOf(functionPrototype).unitsCopy(),
-                                                  sim::textOf(functionDescription).unitsCopy(), minArgs,
-                                                  maxArgs, compatibleOnFlags, funcPtr});
+                                                  sim::textOf(functionDescription).unitsCopy(),
+                                                  minArgs, maxArgs, compatibleOnFlags, funcPtr});
     });
 }
 
@@ -209,9 +206,10 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
                                                  fmx::ExtPluginType funcPtr,
                                                  fmx::_fmxcpt& x) noexcept {
     return guardOr("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
-        return Host::instance().registerFunction(
-            {functionId, sim::textOf(functionName).unitsCopy(), sim::textOf(functionPrototype).unitsCopy(),
-             std::u16string(), minArgs, maxArgs, compatibleOnFlags, funcPtr});
+        return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
+                                                  sim::textOf(functionPrototype).unitsCopy(),
+                                                  std::u16string(), minArgs, maxArgs,
+                                                  compatibleOnFlags, funcPtr});
     });
 }
 

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <stdexcept>
 
+#include "sim/session/heap_policy.h"
 #include "sim/text.h"
 
 namespace sim {
@@ -27,6 +28,8 @@ DateTime systemNow() {
     const int64_t seconds = static_cast<int64_t>(t) + local.tm_gmtoff + kUnixEpochSeconds;
     return DateTime{seconds * 1000000};
 }
+
+Host::Host() { retainFreedMemory(); }
 
 Host& Host::instance() {
     static Host host;

@@ -133,6 +133,8 @@ public:
     static constexpr fmx::ptrtype kSessionId = 1;
 
 private:
+    Host();  // one per process: instance()
+
     struct File {
         std::u16string name;
         uint64_t id = 0;

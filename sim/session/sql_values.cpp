@@ -20,18 +20,55 @@ bool contains(const std::string& hay, const char* needle) {
     return hay.find(needle) != std::string::npos;
 }
 
+bool isAscii(std::string_view bytes) {
+    unsigned char any = 0;
+    for (char b : bytes) any |= static_cast<unsigned char>(b);
+    return any < 0x80;
+}
+
 // SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
 // Most stored text is ASCII, which widens unit for byte in the same pass that checks it.
 Text textOfUtf8(std::string_view bytes, std::pmr::memory_resource* arena) {
     std::pmr::u16string units(bytes.size(), u'\0', arena);
+    char16_t* out = units.data();
     unsigned char any = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const auto b = static_cast<unsigned char>(bytes[i]);
         any |= b;
-        units[i] = b;
+        out[i] = b;
     }
     if (any >= 0x80) return Text(fromUtf8(bytes), arena);
     return Text::adopting(std::move(units));
+}
+
+// Cells are built in one expression: a text assigned after construction would leave the arena.
+SqlCell textCellOf(std::string_view bytes, std::pmr::memory_resource* arena) {
+    return SqlCell{.type = Type::Text,
+                   .number = 0,
+                   .moment = {},
+                   .binary = nullptr,
+                   .text = textOfUtf8(bytes, arena)};
+}
+
+SqlCell numberCell(double d, std::pmr::memory_resource* arena) {
+    return SqlCell{.type = Type::Number,
+                   .number = d,
+                   .moment = {},
+                   .binary = nullptr,
+                   .text = Text(NumberText(Number{d}).view(), arena)};
+}
+
+// A date, time or timestamp with its SQL text form.
+SqlCell momentCell(Type type, DateTime moment, std::pmr::memory_resource* arena) {
+    char16_t buffer[kSqlTextCapacity];
+    const std::size_t size = type == Type::Date   ? writeSqlDate(moment, buffer)
+                             : type == Type::Time ? writeSqlTime(moment, buffer)
+                                                  : writeSqlTimestamp(moment, buffer);
+    return SqlCell{.type = type,
+                   .number = 0,
+                   .moment = moment,
+                   .binary = nullptr,
+                   .text = Text(std::u16string_view(buffer, size), arena)};
 }
 
 std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
@@ -52,29 +89,11 @@ std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
     return std::nullopt;
 }
 
-// The SQL text form of a value that is not text, made in `arena`.
-Text sqlTextForm(const Value& v, std::pmr::memory_resource* arena) {
-    char16_t buffer[kSqlTextCapacity];
-    switch (v.type()) {
-        case Type::Number:
-        case Type::Boolean:
-            return Text(NumberText(v.numberValue()).view(), arena);
-        case Type::Date:
-            return Text(std::u16string_view(buffer, writeSqlDate(v.dateTimeValue(), buffer)), arena);
-        case Type::Time:
-            return Text(std::u16string_view(buffer, writeSqlTime(v.dateTimeValue(), buffer)), arena);
-        case Type::Timestamp:
-            return Text(
-                std::u16string_view(buffer, writeSqlTimestamp(v.dateTimeValue(), buffer)), arena);
-        default:
-            return Text(v.asText().units(), arena);
-    }
-}
+constexpr bool isLeapYear(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
 
-// A value that is not text, with its text form (made first: the value is moved into the cell).
-SqlCell cellOf(Value&& v, std::pmr::memory_resource* arena) {
-    Text text = sqlTextForm(v, arena);
-    return SqlCell{std::move(v), std::move(text)};
+int daysInMonth(int year, int month) {
+    constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return month == 2 && isLeapYear(year) ? 29 : kDays[month - 1];
 }
 
 // A date in exactly the SQL form "2024-01-31" (years 1 to 9999), which is then also its text
@@ -92,12 +111,10 @@ std::optional<DateTime> sqlFormDate(std::string_view b) {
         }
     }
     const auto [year, month, day] = field;
-    if (year < 1 || month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
-    const DateTime d = DateTime::fromYmd(year, month, day);
-    int y = 0, m = 0, dd = 0;
-    d.ymd(y, m, dd);  // fromYmd carries a day past the month's end into the next month
-    if (y != year || m != month || dd != day) return std::nullopt;
-    return d;
+    if (year < 1 || month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month)) {
+        return std::nullopt;
+    }
+    return DateTime::fromYmd(year, month, day);
 }
 
 // Text of a date-like column becomes a date, time or timestamp when it reads as one; short ASCII
@@ -106,23 +123,25 @@ std::optional<DateTime> sqlFormDate(std::string_view b) {
 SqlCell textCell(std::string_view bytes, ColumnKind kind, std::pmr::memory_resource* arena) {
     if (kind == ColumnKind::Date) {
         if (const std::optional<DateTime> d = sqlFormDate(bytes)) {
-            return SqlCell{Value::date(*d), textOfUtf8(bytes, arena)};
+            return SqlCell{.type = Type::Date,
+                           .number = 0,
+                           .moment = *d,
+                           .binary = nullptr,
+                           .text = textOfUtf8(bytes, arena)};
         }
     }
     if (kind != ColumnKind::Plain) {
         char16_t buffer[40];
-        unsigned char any = 0;
-        for (char b : bytes) any |= static_cast<unsigned char>(b);
         std::optional<Value> v;
-        if (bytes.size() <= std::size(buffer) && any < 0x80) {
+        if (bytes.size() <= std::size(buffer) && isAscii(bytes)) {
             std::copy(bytes.begin(), bytes.end(), buffer);
             v = dateLikeValue(std::u16string_view(buffer, bytes.size()), kind);
         } else {
             v = dateLikeValue(fromUtf8(bytes), kind);
         }
-        if (v) return cellOf(std::move(*v), arena);
+        if (v) return momentCell(v->type(), v->dateTimeValue(), arena);
     }
-    return {Value::text(textOfUtf8(bytes, arena)), Text()};
+    return textCellOf(bytes, arena);
 }
 
 int bindText(sqlite3_stmt* st, int index, const std::u16string& text) {
@@ -145,12 +164,12 @@ ColumnKind columnKind(const char* declaredType) {
 
 namespace {
 
-SqlCell unmarkedCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
+SqlCell cellOf(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
     switch (sqlite3_column_type(st, c)) {
         case SQLITE_INTEGER:
-            return cellOf(Value::number(static_cast<double>(sqlite3_column_int64(st, c))), arena);
+            return numberCell(static_cast<double>(sqlite3_column_int64(st, c)), arena);
         case SQLITE_FLOAT:
-            return cellOf(Value::number(sqlite3_column_double(st, c)), arena);
+            return numberCell(sqlite3_column_double(st, c), arena);
         case SQLITE_TEXT: {
             const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
@@ -161,21 +180,22 @@ SqlCell unmarkedCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_
             const auto* bytes = static_cast<const char*>(sqlite3_column_blob(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
             b.streams.push_back({{'F', 'I', 'L', 'E'}, std::string(bytes ? bytes : "", size)});
-            return cellOf(Value::binary(std::move(b)), arena);
+            // A container's text is its file name, and a blob has none.
+            return SqlCell{.type = Type::Binary,
+                           .number = 0,
+                           .moment = {},
+                           .binary = std::make_shared<const Binary>(std::move(b)),
+                           .text = Text()};
         }
         default:
-            return SqlCell{Value::text(Text()), Text()};
+            return SqlCell{};  // NULL: empty text
     }
 }
 
 }  // namespace
 
-// Cells are moved, never assigned, on their way: an assignment would copy the units out of the
-// arena.
 SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
-    SqlCell cell = unmarkedCell(st, c, kind, arena ? arena : std::pmr::get_default_resource());
-    cell.value.setSqlTextForm(true);
-    return cell;
+    return cellOf(st, c, kind, arena ? arena : std::pmr::get_default_resource());
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {

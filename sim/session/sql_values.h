@@ -16,17 +16,14 @@ namespace sim {
 enum class ColumnKind { Plain, Date, Time, Timestamp };
 ColumnKind columnKind(const char* declaredType);
 
-// One field of a result row: its value and, made with it, the text form the value has in SQL
-// results (left empty for a text value, which is its own text).
-struct SqlCell {
-    Value value;
-    Text text;
-};
+// One field of a result row: the payload of its value and its text (the text form, for a value
+// that is not text), made together; Value::fromSqlField makes the value.
+using SqlCell = Value::SqlField;
 
 // Column `c` of the current row: integers and reals as numbers, ISO text of a date-like column
 // as that type (text it cannot read stays text), text as text, NULL as empty text, blobs as
-// containers. Every value carries the SQL text form mark. The units of its texts are kept in
-// `arena` (the heap when null), which must outlive them.
+// containers. The units of its text are kept in `arena` (the heap when null), which must outlive
+// them.
 SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena);
 
 // Binds a parameter: an empty value as NULL, numbers as integers when whole, dates, times and
