@@ -102,6 +102,11 @@ constexpr uint64_t kPowersOfTen[20] = {1ULL,
                                        1000000000000000000ULL,
                                        10000000000000000000ULL};
 
+// 10^-4 to 10^15, indexed by the power plus 4.
+constexpr double kDoublePowersOfTen[20] = {1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1, 1e2,
+                                           1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                           1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
 // 16 significant digits of a positive double in [1e-4, 1e15), correctly rounded (ties to even)
 // from its exact binary value, as printf's %.16g rounds. Such a double is m * 2^q with q < 0, so
 // m * 10^p fits in 128 bits and one shift does the division: a SQL result formats numbers by the
@@ -112,9 +117,12 @@ uint64_t sixteenDigits(double x, int& exponent) {
     std::memcpy(&bits, &x, sizeof bits);
     const uint64_t mantissa = (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52);
     const int shift = 1075 - static_cast<int>(bits >> 52 & 0x7ff);  // x = mantissa / 2^shift
-    // floor(log10(x)) is floor(binary exponent * log10(2)) or one more; the loop corrects it.
-    // The caller's range bounds it below by -4, which keeps 15 - exponent within the table.
-    exponent = std::max(-4, ((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12);
+    // floor(log10(x)) is floor(binary exponent * log10(2)) or one more: one comparison tells
+    // (each double power of ten here is the least double not below the exact power). The
+    // caller's range bounds it by -4 and 14, which keeps 15 - exponent within the table; the
+    // loop checks the digits all the same.
+    exponent = std::clamp(((static_cast<int>(bits >> 52 & 0x7ff) - 1023) * 1233) >> 12, -4, 14);
+    if (x >= kDoublePowersOfTen[exponent + 5]) ++exponent;
     for (;;) {
         const unsigned __int128 scaled =
             static_cast<unsigned __int128>(mantissa) * kPowersOfTen[15 - exponent];
@@ -139,11 +147,23 @@ uint64_t sixteenDigits(double x, int& exponent) {
     }
 }
 
+// "00" to "99", so that digits are written two at a time.
+constexpr char kDigitPairs[] =
+    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546"
+    "4748495051525354555657585960616263646566676869707172737475767778798081828384858687888990919293"
+    "949596979899";
+
+// The eight decimal digits of `v` (below 10^8), leading zeros included.
+void writeEightDigits(uint32_t v, char* out) {
+    for (int i = 6; i >= 0; i -= 2, v /= 100) std::memcpy(out + i, kDigitPairs + 2 * (v % 100), 2);
+}
+
 // Plain notation of 16 digits whose first has the power of ten `exponent` (-4 to 15), without
 // trailing zeros: "0.0001234", "12.5", "3". Writes at most 23 units and returns their number.
 std::size_t writeSixteenDigits(bool negative, uint64_t digits, int exponent, char16_t* out) {
     char text[16];
-    for (int i = 15; i >= 0; --i, digits /= 10) text[i] = static_cast<char>('0' + digits % 10);
+    writeEightDigits(static_cast<uint32_t>(digits / 100000000), text);
+    writeEightDigits(static_cast<uint32_t>(digits % 100000000), text + 8);
     int used = 16;
     while (used > 1 && text[used - 1] == '0') --used;
     char16_t* o = out;

@@ -98,7 +98,11 @@ struct DataObjDeleter {
 using DataObjPtr = std::unique_ptr<DataObj, DataObjDeleter>;
 
 struct DataVectObj {
-    std::vector<DataObjPtr> items;
+    DataVectObj() = default;
+    // Keeps its item pointers in `arena`, which must outlive it (as the rows of a SQL result do).
+    explicit DataVectObj(std::pmr::memory_resource* arena) : items(arena) {}
+
+    std::pmr::vector<DataObjPtr> items;
 };
 
 // A SQL result can hold millions of values: they are kept in blocks that never move instead of

@@ -34,14 +34,14 @@ public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows)) {}
     std::pmr::memory_resource* arena() override { return &rows_.arena; }
     void beginRow(int columns) override {
-        items_ = &rows_.rows.emplace_back().items;
+        items_ = &rows_.rows.emplace_back(&rows_.arena).items;
         items_->reserve(static_cast<std::size_t>(columns));
     }
     void cell(sim::SqlCell&& c) override { items_->push_back(rows_.keep(std::move(c))); }
 
 private:
     sim::RowVectObj& rows_;
-    std::vector<sim::DataObjPtr>* items_ = nullptr;
+    std::pmr::vector<sim::DataObjPtr>* items_ = nullptr;
 };
 
 // Joins a result's text forms with single-unit separators. A cell lives only until it is
