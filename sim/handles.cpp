@@ -17,8 +17,6 @@ bool DataObj::refresh(unsigned which) const {
     return true;
 }
 
-const Text& DataObj::text() const { return value_.textForm(); }
-
 const Number& DataObj::number() const {
     if (value_.type() == Type::Number || value_.type() == Type::Boolean) {
         return value_.numberValue();

@@ -60,7 +60,7 @@ public:
         fresh_ = 0;
     }
 
-    const Text& text() const;
+    const Text& text() const { return value_.textForm(); }
     const Number& number() const;
     const DateTimeObj& date() const;
     const DateTimeObj& time() const;

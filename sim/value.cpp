@@ -55,11 +55,9 @@ Value Value::fromSqlField(SqlField&& field) {
     return v;
 }
 
-const Text& Value::textForm() {
-    if (type_ != Type::Text && !hasTextForm_) {
-        text_ = asText();
-        hasTextForm_ = true;
-    }
+const Text& Value::makeTextForm() {
+    text_ = asText();
+    hasTextForm_ = true;
     return text_;
 }
 

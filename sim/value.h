@@ -159,7 +159,7 @@ public:
     // then gives that form. A SQL result makes its values so, the form's units in its arena.
     static Value withTextForm(Value&& v, Text&& form);
     // The text of a text value, or the text form of any other, made now when not carried yet.
-    const Text& textForm();
+    const Text& textForm() { return type_ == Type::Text || hasTextForm_ ? text_ : makeTextForm(); }
 
     // A field of a SQL result, marked with SQL's text forms: of `type` (Text, Number, Date, Time,
     // Timestamp or Binary) with the payload of that type, and `text`, which is the text of a text
@@ -178,6 +178,7 @@ private:
     // Move the text in (an assignment would copy units kept in an arena out of it).
     explicit Value(Text&& t) : type_(Type::Text), text_(std::move(t)) {}
     Value(Value&& v, Text&& form);
+    const Text& makeTextForm();
 
     // Laid out small: a SQL result keeps one value per field.
     Type type_ = Type::Invalid;

@@ -3,8 +3,11 @@
 //
 // There is deliberately no exception frame here: a failing host call leaves the function and
 // reaches the host, and the owning pointers release what was made on the way out.
+#include <algorithm>
+#include <cstring>
+#include <limits>
 #include <memory>
-#include <vector>
+#include <stdexcept>
 
 #include "fmlib/convert.h"
 #include "frame/functions.h"
@@ -21,56 +24,71 @@ void readSeparator(const fmx::Text& argument, fmx::uint16& separator) {
     if (argument.GetSize() > 0) argument.GetUnicode(&separator, 0, 1);
 }
 
-// One field's text as the host hands it out, with its size. The reference stays valid while the
-// rows do, so each field is read once and its units copied after the whole size is known.
-struct FieldText {
-    const fmx::Text* text;  // null for the stand-in of a row without fields
-    fmx::uint32 size;
-    bool startsRow;
-};
-
-std::vector<FieldText> readFields(const fmx::RowVect& rows) {
-    std::vector<FieldText> fields;
-    const fmx::uint32 rowCount = rows.Size();
-    if (rowCount > 0) fields.reserve(std::size_t{rowCount} * rows.At(0).Size());
-    for (fmx::uint32 r = 0; r < rowCount; ++r) {
-        const fmx::DataVect& row = rows.At(r);
-        const fmx::uint32 fieldCount = row.Size();
-        for (fmx::uint32 f = 0; f < fieldCount; ++f) {
-            const fmx::Text& text = row.At(f).GetAsText();
-            fields.push_back({&text, text.GetSize(), f == 0});
-        }
-        // A row without fields still takes its record separator.
-        if (fieldCount == 0) fields.push_back({nullptr, 0, true});
+// The joined units, gathered in one pass: each field is read while the host's objects for it are
+// still in the cache, and copied once more only when the buffer grows (at most doubling, so the
+// cost stays linear in the result's size).
+class JoinedUnits {
+public:
+    void append(fmx::uint16 unit) {
+        reserve(1);
+        units_[size_++] = unit;
     }
-    return fields;
-}
+    void append(const fmx::Text& text) {
+        const fmx::uint32 count = text.GetSize();
+        if (count == 0) return;
+        reserve(count);
+        text.GetUnicode(units_.get() + size_, 0, count);
+        size_ += count;
+    }
+    // Room for `total` units in all, so that a good guess spares the copies of growing.
+    void expect(std::size_t total) {
+        if (total > capacity_) grow(total);
+    }
+    std::size_t size() const { return size_; }
+    const fmx::uint16* data() const {
+        static constexpr fmx::uint16 kNone = 0;
+        return units_ ? units_.get() : &kNone;  // never a null pointer to the host
+    }
 
-// The joined units, written in place: no unit is set twice.
-struct JoinedUnits {
-    std::unique_ptr<fmx::uint16[]> units;
-    fmx::uint32 size = 0;
+private:
+    void reserve(std::size_t more) {
+        if (more > capacity_ - size_) grow(size_ + more);
+    }
+    void grow(std::size_t needed) {
+        // A host text counts its units in 32 bits.
+        if (needed > std::numeric_limits<fmx::uint32>::max()) {
+            throw std::length_error("the query's result is too long for a text");
+        }
+        const std::size_t capacity = std::max({needed, 2 * capacity_, kFirstCapacity});
+        auto units = std::make_unique_for_overwrite<fmx::uint16[]>(capacity);
+        if (size_ > 0) std::memcpy(units.get(), units_.get(), size_ * sizeof(fmx::uint16));
+        units_ = std::move(units);
+        capacity_ = capacity;
+    }
+
+    static constexpr std::size_t kFirstCapacity = 256;
+    std::unique_ptr<fmx::uint16[]> units_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
 };
 
 // Fields and records joined without quoting: a separator inside a value stays as it is. The
-// units are gathered here, into a buffer sized once, and handed to the host in one call, so the
-// cost stays linear in the result's size whatever the host's own appending costs.
+// units go to a buffer handed to the host in one call, so the cost stays linear in the result's
+// size whatever the host's own appending costs.
 JoinedUnits joinRows(const fmx::RowVect& rows, fmx::uint16 fieldSeparator,
                      fmx::uint16 recordSeparator) {
-    const std::vector<FieldText> fields = readFields(rows);
-    if (fields.empty()) return {};
-    std::size_t total = fields.size() - 1;  // a separator between any two fields
-    for (const FieldText& field : fields) total += field.size;
-    JoinedUnits joined{std::make_unique_for_overwrite<fmx::uint16[]>(total),
-                       static_cast<fmx::uint32>(total)};
-
-    fmx::uint16* out = joined.units.get();
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        const FieldText& field = fields[i];
-        if (i > 0) *out++ = field.startsRow ? recordSeparator : fieldSeparator;
-        if (field.size == 0) continue;
-        field.text->GetUnicode(out, 0, field.size);
-        out += field.size;
+    JoinedUnits joined;
+    const fmx::uint32 rowCount = rows.Size();
+    for (fmx::uint32 r = 0; r < rowCount; ++r) {
+        if (r > 0) joined.append(recordSeparator);
+        const fmx::DataVect& row = rows.At(r);
+        const fmx::uint32 fieldCount = row.Size();
+        for (fmx::uint32 f = 0; f < fieldCount; ++f) {
+            if (f > 0) joined.append(fieldSeparator);
+            joined.append(row.At(f).GetAsText());
+        }
+        // Rows of a result tend to be alike: the first one sizes the buffer for all.
+        if (r == 0) joined.expect((joined.size() + 1) * rowCount + rowCount / 4 * joined.size());
     }
     return joined;
 }
@@ -100,7 +118,7 @@ fmx::errcode Ravelin_ExecuteSQL(short, const fmx::ExprEnv& env, const fmx::DataV
 
     const JoinedUnits joined = joinRows(*rows, fieldSeparator, recordSeparator);
     fmx::TextUniquePtr output;
-    output->AssignUnicodeWithLength(joined.units.get(), joined.size);
+    output->AssignUnicodeWithLength(joined.data(), static_cast<fmx::uint32>(joined.size()));
     result.SetAsText(*output, result.GetLocale(), fmx::kDTText);
     rvl::SetLastError(rvl::kNoError, "No Error Message", env);
     return 0;

@@ -118,6 +118,19 @@ TEST_F(ExecuteSql, HostFailuresLeaveTheFunction) {
     EXPECT_EQ(lastError(), "99");
 }
 
+// The first row sizes the joined text; rows that grow far past it must still all arrive whole.
+TEST_F(ExecuteSql, RowsLongerThanTheFirstJoinWhole) {
+    const sim::EvalResult r = eval(
+        "Ravelin_ExecuteSQL ( \"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+        "WHERE i < 600) SELECT i, hex(zeroblob(i)) FROM n\" ; \",\" )");
+    std::u16string expected;
+    for (int i = 1; i <= 600; ++i) {
+        if (i > 1) expected += u'\r';
+        expected += sim::fromUtf8(std::to_string(i)) + u',' + std::u16string(2 * i, u'0');
+    }
+    EXPECT_EQ(r.value.asText().units(), expected);
+}
+
 // The host keeps a large result's values in blocks: every row must still read right, and a value
 // taken out of a row must be the caller's own to delete.
 TEST_F(ExecuteSql, HostRowsOfALargeResultStayIntact) {
