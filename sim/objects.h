@@ -114,6 +114,11 @@ struct RowVectObj {
     std::vector<std::vector<DataObj>> blocks;
     std::deque<DataVectObj> rows;
 
+    RowVectObj() = default;
+    RowVectObj(const RowVectObj&) = delete;
+    RowVectObj& operator=(const RowVectObj&) = delete;
+    ~RowVectObj() { dropRowPointers(); }
+
     // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
     // 65536), so a large result takes few large allocations.
     DataObjPtr keep(Value::SqlField&& field) {
@@ -126,11 +131,6 @@ struct RowVectObj {
         d.markPooled();
         return DataObjPtr(&d);
     }
-    RowVectObj() = default;
-    RowVectObj(const RowVectObj&) = delete;
-    RowVectObj& operator=(const RowVectObj&) = delete;
-    ~RowVectObj() { dropRowPointers(); }
-
     void clear() {
         dropRowPointers();
         rows.clear();
@@ -139,8 +139,9 @@ struct RowVectObj {
     }
 
 private:
-    // Rows hold only values made by keep(), so their pointers are let go without reading the
-    // values they point to: the blocks destroy those once, in order.
+    // Rows hold only values made by keep() (the host hands rows out read-only), so their pointers
+    // are let go without reading the values they point to: the blocks destroy those once, in
+    // order. A value pushed into a row through a cast would be leaked, not freed twice.
     void dropRowPointers() {
         for (DataVectObj& row : rows) {
             for (DataObjPtr& item : row.items) static_cast<void>(item.release());

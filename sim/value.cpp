@@ -29,21 +29,6 @@ DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOf
 
 Value Value::text(Text t) { return Value(std::move(t)); }
 
-Value::Value(Value&& v, Text&& form)
-    : type_(v.type_),
-      sqlTextForm_(v.sqlTextForm_),
-      hasTextForm_(true),
-      locale_(v.locale_),
-      text_(std::move(form)),
-      number_(v.number_),
-      dt_(v.dt_),
-      binary_(std::move(v.binary_)) {}
-
-Value Value::withTextForm(Value&& v, Text&& form) {
-    if (v.type_ == Type::Text) return std::move(v);
-    return Value(std::move(v), std::move(form));
-}
-
 Value Value::fromSqlField(SqlField&& field) {
     Value v(std::move(field.text));
     v.type_ = field.type;

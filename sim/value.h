@@ -155,10 +155,8 @@ public:
     void setSqlTextForm(bool on);
     bool sqlTextForm() const { return sqlTextForm_; }
 
-    // A value other than text can carry its text form, made once and kept with it; asText()
-    // then gives that form. A SQL result makes its values so, the form's units in its arena.
-    static Value withTextForm(Value&& v, Text&& form);
-    // The text of a text value, or the text form of any other, made now when not carried yet.
+    // The text of a text value, or the text form of any other: a value other than text carries
+    // its form once made (asText() then gives it too).
     const Text& textForm() { return type_ == Type::Text || hasTextForm_ ? text_ : makeTextForm(); }
 
     // A field of a SQL result, marked with SQL's text forms: of `type` (Text, Number, Date, Time,
@@ -177,7 +175,6 @@ public:
 private:
     // Move the text in (an assignment would copy units kept in an arena out of it).
     explicit Value(Text&& t) : type_(Type::Text), text_(std::move(t)) {}
-    Value(Value&& v, Text&& form);
     const Text& makeTextForm();
 
     // Laid out small: a SQL result keeps one value per field.

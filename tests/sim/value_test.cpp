@@ -164,9 +164,11 @@ TEST(Value, Conversions) {
 // A carried text form stands for the value's text until the SQL mark, which the form depends on,
 // changes.
 TEST(Value, CarriedTextFormFollowsTheSqlMark) {
-    Value v = Value::date(DateTime::fromYmd(2024, 1, 31));
-    v.setSqlTextForm(true);
-    v = Value::withTextForm(std::move(v), Text(u"2024-01-31"));
+    Value v = Value::fromSqlField({.type = Type::Date,
+                                   .number = 0,
+                                   .moment = DateTime::fromYmd(2024, 1, 31),
+                                   .binary = nullptr,
+                                   .text = Text(u"2024-01-31")});
     Value copy = v;
     EXPECT_EQ(utf8(copy.asText().units()), "2024-01-31");
     copy.setSqlTextForm(false);
