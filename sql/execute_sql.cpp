@@ -72,6 +72,17 @@ private:
     std::size_t capacity_ = 0;
 };
 
+// Rows of a result tend to be alike, so the rows read so far size the buffer for all: after the
+// 1st, 16th, 256th, 4096th and 65536th row, each time while growing still copies little.
+bool isSizingRow(fmx::uint32 r) { return r == 0 || r == 15 || r == 255 || r == 4095 || r == 65535; }
+
+// The units that `rowCount` rows take when they are like the first `rowsRead` (which took
+// `unitsRead`), with a quarter more for rows that grow (as ids and counters do).
+std::size_t projectedSize(std::size_t unitsRead, std::size_t rowsRead, std::size_t rowCount) {
+    const double perRow = static_cast<double>(unitsRead + 1) / static_cast<double>(rowsRead);
+    return static_cast<std::size_t>(std::min(perRow * 1.25 * static_cast<double>(rowCount), 4e9));
+}
+
 // Fields and records joined without quoting: a separator inside a value stays as it is. The
 // units go to a buffer handed to the host in one call, so the cost stays linear in the result's
 // size whatever the host's own appending costs.
@@ -87,8 +98,7 @@ JoinedUnits joinRows(const fmx::RowVect& rows, fmx::uint16 fieldSeparator,
             if (f > 0) joined.append(fieldSeparator);
             joined.append(row.At(f).GetAsText());
         }
-        // Rows of a result tend to be alike: the first one sizes the buffer for all.
-        if (r == 0) joined.expect((joined.size() + 1) * rowCount + rowCount / 4 * joined.size());
+        if (isSizingRow(r)) joined.expect(projectedSize(joined.size(), r + 1, rowCount));
     }
     return joined;
 }

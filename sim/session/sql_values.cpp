@@ -27,18 +27,11 @@ bool isAscii(std::string_view bytes) {
 }
 
 // SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
-// Most stored text is ASCII, which widens unit for byte in the same pass that checks it.
+// Most stored text is ASCII, which widens unit for byte.
 Text textOfUtf8(std::string_view bytes, std::pmr::memory_resource* arena) {
-    std::pmr::u16string units(bytes.size(), u'\0', arena);
-    char16_t* out = units.data();
-    unsigned char any = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const auto b = static_cast<unsigned char>(bytes[i]);
-        any |= b;
-        out[i] = b;
-    }
-    if (any >= 0x80) return Text(fromUtf8(bytes), arena);
-    return Text::adopting(std::move(units));
+    if (!isAscii(bytes)) return Text(fromUtf8(bytes), arena);
+    const auto* first = reinterpret_cast<const unsigned char*>(bytes.data());
+    return Text::adopting(std::pmr::u16string(first, first + bytes.size(), arena));
 }
 
 // Cells are built in one expression: a text assigned after construction would leave the arena.
