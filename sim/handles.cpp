@@ -7,13 +7,17 @@ namespace sim {
 // --- DataObj caches -------------------------------------------------------------------------
 
 DataObj::Converted& DataObj::converted() const {
-    if (!converted_) converted_ = std::make_unique<Converted>();
+    if (!converted_) {
+        converted_ = std::make_unique<Converted>();
+        notePoolMemory();
+    }
     return *converted_;
 }
 
 bool DataObj::refresh(unsigned which) const {
-    if (fresh_ & which) return false;
-    fresh_ |= which;
+    Converted& c = converted();
+    if (c.fresh & which) return false;
+    c.fresh |= which;
     return true;
 }
 

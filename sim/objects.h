@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <memory_resource>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -53,11 +56,14 @@ public:
 
     const Value& value() const { return value_; }
     // Set for the values a SQL result keeps in its own blocks, which only the result may free.
-    bool pooled() const { return pooled_; }
-    void markPooled() { pooled_ = true; }
+    // `ownsMemory` is the result's record that one of them holds memory outside its arena; this
+    // object sets it when it comes to hold some.
+    bool pooled() const { return pool_ != nullptr; }
+    void markPooled(std::atomic<bool>* ownsMemory) { pool_ = ownsMemory; }
     void set(Value v) {
         value_ = std::move(v);
-        fresh_ = 0;
+        if (converted_) converted_->fresh = 0;
+        notePoolMemory();
     }
 
     const Text& text() const { return value_.textForm(); }
@@ -74,15 +80,18 @@ private:
         Number number;
         DateTimeObj date, time, timestamp;
         LocaleObj locale;
+        unsigned fresh = 0;  // the forms computed from the value as it is now
     };
     // The forms other than text (made once, kept until the object goes), and whether `which` of
     // them must be computed again from the value.
     Converted& converted() const;
     bool refresh(unsigned which) const;
+    void notePoolMemory() const {
+        if (pool_) pool_->store(true, std::memory_order_relaxed);
+    }
 
-    mutable Value value_;  // mutable: it keeps its text form once made
-    mutable unsigned fresh_ = 0;
-    bool pooled_ = false;  // never copied: a copy belongs to whoever made it
+    mutable Value value_;                // mutable: it keeps its text form once made
+    std::atomic<bool>* pool_ = nullptr;  // never copied: a copy belongs to whoever made it
     mutable std::unique_ptr<Converted> converted_;
 };
 
@@ -105,47 +114,92 @@ struct DataVectObj {
     std::pmr::vector<DataObjPtr> items;
 };
 
+// Values built in place in storage that never moves. Each is destroyed with the block, unless
+// the block is told that none holds memory of its own (then dropping the storage is all it takes,
+// and a large result is freed without reading its values once more).
+class DataBlock {
+public:
+    explicit DataBlock(std::size_t capacity)
+        : slots_(std::make_unique_for_overwrite<Slot[]>(capacity)), capacity_(capacity) {}
+    DataBlock(const DataBlock&) = delete;
+    DataBlock& operator=(const DataBlock&) = delete;
+    ~DataBlock() {
+        if (!destroyValues_) return;
+        for (std::size_t i = 0; i < size_; ++i) at(i).~DataObj();
+    }
+
+    std::size_t size() const { return size_; }
+    bool full() const { return size_ == capacity_; }
+    DataObj& emplace(Value::SqlField&& field) {
+        auto* d = ::new (static_cast<void*>(slots_[size_].bytes)) DataObj(std::move(field));
+        ++size_;
+        return *d;
+    }
+    void forgetValues() { destroyValues_ = false; }
+
+private:
+    struct Slot {
+        alignas(DataObj) std::byte bytes[sizeof(DataObj)];
+    };
+    DataObj& at(std::size_t i) {
+        return *std::launder(reinterpret_cast<DataObj*>(slots_[i].bytes));
+    }
+
+    std::unique_ptr<Slot[]> slots_;
+    std::size_t size_ = 0;
+    std::size_t capacity_;
+    bool destroyValues_ = true;
+};
+
 // A SQL result can hold millions of values: they are kept in blocks that never move instead of
 // one allocation each, their units in one arena, and the rows (in a deque, which never moves
 // them either) point into the blocks.
 struct RowVectObj {
     // Declared in the order that lets each go after what points into it.
     std::pmr::monotonic_buffer_resource arena;
-    std::vector<std::vector<DataObj>> blocks;
+    // Set once a kept value holds memory outside the arena (a container's streams, forms
+    // converted on reading, a value replaced through a cast): the values are then destroyed one
+    // by one.
+    std::atomic<bool> valuesOwnMemory{false};
+    std::deque<DataBlock> blocks;
     std::deque<DataVectObj> rows;
 
     RowVectObj() = default;
     RowVectObj(const RowVectObj&) = delete;
     RowVectObj& operator=(const RowVectObj&) = delete;
-    ~RowVectObj() { dropRowPointers(); }
+    ~RowVectObj() { dropValues(); }
 
     // Blocks grow with the result (256 values at first, then as many as are kept so far, up to
     // 65536), so a large result takes few large allocations.
     DataObjPtr keep(Value::SqlField&& field) {
-        if (blocks.empty() || blocks.back().size() == blocks.back().capacity()) {
+        if (blocks.empty() || blocks.back().full()) {
             std::size_t kept = 0;
-            for (const auto& block : blocks) kept += block.size();
-            blocks.emplace_back().reserve(std::clamp<std::size_t>(kept, 256, 65536));
+            for (const DataBlock& block : blocks) kept += block.size();
+            blocks.emplace_back(std::clamp<std::size_t>(kept, 256, 65536));
         }
-        DataObj& d = blocks.back().emplace_back(std::move(field));
-        d.markPooled();
+        if (field.binary) valuesOwnMemory.store(true, std::memory_order_relaxed);
+        DataObj& d = blocks.back().emplace(std::move(field));
+        d.markPooled(&valuesOwnMemory);
         return DataObjPtr(&d);
     }
     void clear() {
-        dropRowPointers();
+        dropValues();
         rows.clear();
         blocks.clear();
         arena.release();
+        valuesOwnMemory.store(false, std::memory_order_relaxed);
     }
 
 private:
     // Rows hold only values made by keep() (the host hands rows out read-only), so their pointers
-    // are let go without reading the values they point to: the blocks destroy those once, in
-    // order. A value pushed into a row through a cast would be leaked, not freed twice.
-    void dropRowPointers() {
+    // are let go without reading the values they point to; the blocks destroy the values, or
+    // drop them unread when none owns memory.
+    void dropValues() {
         for (DataVectObj& row : rows) {
             for (DataObjPtr& item : row.items) static_cast<void>(item.release());
         }
+        if (valuesOwnMemory.load(std::memory_order_relaxed)) return;
+        for (DataBlock& block : blocks) block.forgetValues();
     }
 };
 
