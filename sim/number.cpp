@@ -153,35 +153,68 @@ constexpr char kDigitPairs[] =
     "4748495051525354555657585960616263646566676869707172737475767778798081828384858687888990919293"
     "949596979899";
 
-// The eight decimal digits of `v` (below 10^8), leading zeros included.
-void writeEightDigits(uint32_t v, char* out) {
-    for (int i = 6; i >= 0; i -= 2, v /= 100) std::memcpy(out + i, kDigitPairs + 2 * (v % 100), 2);
+// The `count` lowest decimal digits of `v`, leading zeros included, written so that they end just
+// before `end`. Halves of eight digits keep the arithmetic in 32 bits.
+void writeDigits(uint64_t v, int count, char16_t* end) {
+    auto writeHalf = [](uint32_t half, int digits, char16_t*& at) {
+        for (; digits >= 2; digits -= 2, half /= 100) {
+            const char* pair = kDigitPairs + 2 * (half % 100);
+            *--at = static_cast<char16_t>(pair[1]);
+            *--at = static_cast<char16_t>(pair[0]);
+        }
+        if (digits == 1) *--at = static_cast<char16_t>(u'0' + half % 10);
+    };
+    if (count > 8) {
+        writeHalf(static_cast<uint32_t>(v % 100000000), 8, end);
+        writeHalf(static_cast<uint32_t>(v / 100000000), count - 8, end);
+    } else {
+        writeHalf(static_cast<uint32_t>(v), count, end);
+    }
+}
+
+// How many decimal digits `v` has (1 for 0).
+int digitCount(uint64_t v) {
+    int count = 1;
+    while (count < 20 && v >= kPowersOfTen[count]) ++count;
+    return count;
 }
 
 // Plain notation of 16 digits whose first has the power of ten `exponent` (-4 to 15), without
 // trailing zeros: "0.0001234", "12.5", "3". Writes at most 23 units and returns their number.
 std::size_t writeSixteenDigits(bool negative, uint64_t digits, int exponent, char16_t* out) {
-    char text[16];
-    writeEightDigits(static_cast<uint32_t>(digits / 100000000), text);
-    writeEightDigits(static_cast<uint32_t>(digits % 100000000), text + 8);
+    // The digits are at least 10^15, so at most 15 of them are trailing zeros.
     int used = 16;
-    while (used > 1 && text[used - 1] == '0') --used;
+    constexpr struct {
+        uint64_t power;
+        int zeros;
+    } kStrips[] = {{100000000, 8}, {10000, 4}, {100, 2}, {10, 1}};
+    for (const auto& strip : kStrips) {
+        if (digits % strip.power == 0) {
+            digits /= strip.power;
+            used -= strip.zeros;
+        }
+    }
     char16_t* o = out;
     if (negative) *o++ = u'-';
     if (exponent < 0) {
         *o++ = u'0';
         *o++ = u'.';
         for (int i = -1; i > exponent; --i) *o++ = u'0';
-        for (int i = 0; i < used; ++i) *o++ = static_cast<char16_t>(text[i]);
-    } else {
-        const int whole = exponent + 1;
-        for (int i = 0; i < whole; ++i) *o++ = static_cast<char16_t>(text[i]);
-        if (used > whole) {
-            *o++ = u'.';
-            for (int i = whole; i < used; ++i) *o++ = static_cast<char16_t>(text[i]);
-        }
+        writeDigits(digits, used, o + used);
+        return static_cast<std::size_t>(o + used - out);
     }
-    return static_cast<std::size_t>(o - out);
+    const int whole = exponent + 1;
+    if (used <= whole) {
+        writeDigits(digits, used, o + used);
+        o += used;
+        for (int i = used; i < whole; ++i) *o++ = u'0';
+        return static_cast<std::size_t>(o - out);
+    }
+    // All digits one place to the right, then the whole part back in front of the point.
+    writeDigits(digits, used, o + 1 + used);
+    for (int i = 0; i < whole; ++i) o[i] = o[i + 1];
+    o[whole] = u'.';
+    return static_cast<std::size_t>(o + 1 + used - out);
 }
 
 }  // namespace
@@ -195,16 +228,13 @@ NumberText::NumberText(const Number& n) {
     // Whole numbers below 10^15 have all their digits among the 16 significant ones and nothing
     // to round: the common case (ids, counts) is written directly.
     const double magnitude = std::fabs(n.value);
-    if (magnitude < 1e15 && std::trunc(n.value) == n.value) {
-        char16_t digits[16];
-        char16_t* first = std::end(digits);
-        auto whole = static_cast<uint64_t>(magnitude);
-        do {
-            *--first = static_cast<char16_t>(u'0' + whole % 10);
-            whole /= 10;
-        } while (whole != 0);
+    // (Below 10^15 the conversion to an integer is exact, and cheaper than std::trunc.)
+    if (magnitude < 1e15 && static_cast<double>(static_cast<int64_t>(magnitude)) == magnitude) {
+        const auto whole = static_cast<uint64_t>(magnitude);
         if (n.value < 0) buffer_[size_++] = u'-';
-        for (; first != std::end(digits); ++first) buffer_[size_++] = *first;
+        const int count = digitCount(whole);
+        writeDigits(whole, count, buffer_ + size_ + count);
+        size_ += static_cast<std::size_t>(count);
         return;
     }
     const bool exactWidth = n.precision < 0 || n.precision >= 16;
