@@ -4,6 +4,7 @@
 #   tools/dev.sh demo    build and run the demo in fmsim
 #   tools/dev.sh test    build and run every test, plain and under the sanitizers
 #   tools/dev.sh bench   build and run the benchmarks
+#   tools/dev.sh fuzz [SECONDS]   build the fuzzers with clang and run each for SECONDS (60)
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -54,8 +55,21 @@ case "${1:-}" in
     cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
     (cd "$root/build-bench" && ./ravelin_bench "${@:2}")
     ;;
+  fuzz)
+    install_missing clang
+    CC=clang CXX=clang++ build "$root/build-fuzz" -DRAVELIN_FUZZ=ON \
+      -DRAVELIN_SANITIZE=address,undefined -DBUILD_TESTING=OFF
+    for fuzzer in "$root"/build-fuzz/*_fuzz; do
+      name=$(basename "$fuzzer" _fuzz)
+      # New findings go to a working copy of the corpus; the seeds in fuzz/corpus stay as they are.
+      mkdir -p "$root/build-fuzz/corpus/$name"
+      cp -n "$root/fuzz/corpus/$name"/* "$root/build-fuzz/corpus/$name"/ 2>/dev/null || true
+      (cd "$root/build-fuzz" && "$fuzzer" -max_total_time="${2:-60}" -timeout=10 \
+        -rss_limit_mb=4096 "corpus/$name")
+    done
+    ;;
   *)
-    echo "usage: tools/dev.sh demo|test|bench" >&2
+    echo "usage: tools/dev.sh demo|test|bench|fuzz" >&2
     exit 2
     ;;
 esac
