@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 #include "fmlib/convert.h"
@@ -40,9 +41,14 @@ public:
         text.GetUnicode(units_.get() + size_, 0, count);
         size_ += count;
     }
-    // Room for `total` units in all, so that a good guess spares the copies of growing.
+    // Room for `total` units in all, so that a good guess spares the copies of growing. Only a
+    // guess: when that much memory cannot be had, the buffer grows as the units come.
     void expect(std::size_t total) {
-        if (total > capacity_) grow(total);
+        if (total <= capacity_) return;
+        try {
+            grow(total);
+        } catch (const std::bad_alloc&) {
+        }
     }
     std::size_t size() const { return size_; }
     const fmx::uint16* data() const {
@@ -56,10 +62,12 @@ private:
     }
     void grow(std::size_t needed) {
         // A host text counts its units in 32 bits.
-        if (needed > std::numeric_limits<fmx::uint32>::max()) {
+        constexpr std::size_t kMaxUnits = std::numeric_limits<fmx::uint32>::max();
+        if (needed > kMaxUnits) {
             throw std::length_error("the query's result is too long for a text");
         }
-        const std::size_t capacity = std::max({needed, 2 * capacity_, kFirstCapacity});
+        const std::size_t capacity =
+            std::min(std::max({needed, 2 * capacity_, kFirstCapacity}), kMaxUnits);
         auto units = std::make_unique_for_overwrite<fmx::uint16[]>(capacity);
         if (size_ > 0) std::memcpy(units.get(), units_.get(), size_ * sizeof(fmx::uint16));
         units_ = std::move(units);
