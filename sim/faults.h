@@ -19,7 +19,7 @@ void clear();
 uint64_t callCount();
 
 // Set by the first failNthCall/failFunction and cleared only by clear(): an unarmed host (every
-// run outside fault tests) pays one relaxed load per call, inlined, and never writes shared state.
+// run outside fault tests) pays one atomic load per call, inlined, and never writes shared state.
 extern std::atomic<bool> armed;
 bool armedCallFails(const char* function, fmx::_fmxcpt& x) noexcept;
 
