@@ -42,7 +42,7 @@ Text& textOf(fmx::Text& t);
 // Copies of the values of a vector, in order, read without going through the FM_* calls (so
 // the host's own reads are not counted or failed by sim/faults.h).
 std::vector<Value> valuesOf(const fmx::DataVect& v);
-// Appends one row (moved in) to a row vector.
+// Empties a row vector.
 void clearRows(fmx::RowVect& rows);
 
 // Reading argument vectors and the small value handles.

@@ -153,25 +153,6 @@ constexpr char kDigitPairs[] =
     "4748495051525354555657585960616263646566676869707172737475767778798081828384858687888990919293"
     "949596979899";
 
-// The `count` lowest decimal digits of `v`, leading zeros included, written so that they end just
-// before `end`. Halves of eight digits keep the arithmetic in 32 bits.
-void writeDigits(uint64_t v, int count, char16_t* end) {
-    auto writeHalf = [](uint32_t half, int digits, char16_t*& at) {
-        for (; digits >= 2; digits -= 2, half /= 100) {
-            const char* pair = kDigitPairs + 2 * (half % 100);
-            *--at = static_cast<char16_t>(pair[1]);
-            *--at = static_cast<char16_t>(pair[0]);
-        }
-        if (digits == 1) *--at = static_cast<char16_t>(u'0' + half % 10);
-    };
-    if (count > 8) {
-        writeHalf(static_cast<uint32_t>(v % 100000000), 8, end);
-        writeHalf(static_cast<uint32_t>(v / 100000000), count - 8, end);
-    } else {
-        writeHalf(static_cast<uint32_t>(v), count, end);
-    }
-}
-
 // How many decimal digits `v` has (1 for 0).
 int digitCount(uint64_t v) {
     int count = 1;
@@ -218,6 +199,24 @@ std::size_t writeSixteenDigits(bool negative, uint64_t digits, int exponent, cha
 }
 
 }  // namespace
+
+// Halves of eight digits keep the arithmetic in 32 bits.
+void writeDigits(uint64_t v, int count, char16_t* end) {
+    auto writeHalf = [](uint32_t half, int digits, char16_t*& at) {
+        for (; digits >= 2; digits -= 2, half /= 100) {
+            const char* pair = kDigitPairs + 2 * (half % 100);
+            *--at = static_cast<char16_t>(pair[1]);
+            *--at = static_cast<char16_t>(pair[0]);
+        }
+        if (digits == 1) *--at = static_cast<char16_t>(u'0' + half % 10);
+    };
+    if (count > 8) {
+        writeHalf(static_cast<uint32_t>(v % 100000000), 8, end);
+        writeHalf(static_cast<uint32_t>(v / 100000000), count - 8, end);
+    } else {
+        writeHalf(static_cast<uint32_t>(v), count, end);
+    }
+}
 
 NumberText::NumberText(const Number& n) {
     if (n.empty) return;

@@ -49,6 +49,10 @@ private:
     std::size_t size_ = 0;
     std::u16string longer_;  // very large and very small numbers only
 };
+// The `count` lowest decimal digits of `v`, leading zeros included, written so that they end just
+// before `end` (number and date forms share it).
+void writeDigits(uint64_t v, int count, char16_t* end);
+
 // FileMaker's text-to-number rule: every non-digit is dropped except the first decimal point and
 // a leading minus sign or parentheses; no digit at all gives an empty number.
 Number parseNumber(std::u16string_view text);

@@ -46,8 +46,7 @@ std::string calendar(const DateTime& d) {
 // The common forms (years 0 to 9999, times under 100 hours) are written digit by digit into a
 // buffer: a large SQL result formats one per value.
 char16_t* putDigits(char16_t* out, int64_t value, int width) {
-    for (int i = width - 1; i >= 0; --i, value /= 10)
-        out[i] = static_cast<char16_t>(u'0' + value % 10);
+    writeDigits(static_cast<uint64_t>(value), width, out + width);
     return out + width;
 }
 
@@ -78,10 +77,6 @@ bool putClock(int64_t usec, char16_t*& out) {
     }
     return true;
 }
-
-}  // namespace
-
-namespace {
 
 std::size_t writeAscii(const std::string& ascii, char16_t* out) {
     const std::size_t n = std::min(ascii.size(), kSqlTextCapacity);
