@@ -38,8 +38,8 @@ TEST(Number, TextForm) {
     for (const auto& c : cases) EXPECT_EQ(utf8(formatNumber(c.n)), c.text);
 }
 
-// The fast 16-digit path must give exactly what printf's %.16g gives, ties included; the
-// reference is the general conversion, which the fast path replaces between 1e-4 and 1e15.
+// The fast paths (16 digits, whole numbers) must give exactly what printf's %.16g gives, ties
+// included; the reference is the general conversion, which they replace between 1e-4 and 1e15.
 TEST(Number, SixteenDigitsAgreeWithTheGeneralConversion) {
     auto reference = [](double d) {
         char buf[64];
@@ -58,8 +58,11 @@ TEST(Number, SixteenDigitsAgreeWithTheGeneralConversion) {
     for (int i = 0; i < 200000; ++i) samples.push_back(unit(random) * std::pow(10, exponent(random)));
     for (int k = 1; k < 40; ++k)  // dyadic fractions, whose digits end exactly
         samples.push_back(std::ldexp(static_cast<double>(random() >> 11), -k));
+    // Whole numbers take their own path: powers of ten, the numbers just below, and any.
+    for (double p = 1; p < 1e15; p *= 10) samples.insert(samples.end(), {p, p - 1, p + 7});
+    for (int i = 0; i < 1000; ++i) samples.push_back(static_cast<double>(random() % 1000000000000000));
     for (double d : samples) {
-        if (d < 1e-4 || d >= 1e15 || std::trunc(d) == d) continue;
+        if (d < 1e-4 || d >= 1e15) continue;
         ASSERT_EQ(utf8(formatNumber({d})), reference(d)) << d;
         ASSERT_EQ(utf8(formatNumber({-d})), "-" + reference(d)) << d;
     }
