@@ -3,11 +3,12 @@
 #include <sys/time.h>
 
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 #include <ctime>
 #include <limits>
 #include <vector>
+
+#include "fmlib/stop.h"
 
 namespace {
 
@@ -52,14 +53,26 @@ void copyToFMText(const std::string& s, fmx::Text& target) {
     target.Assign(s.c_str(), fmx::kEncoding_Native);
 }
 
+fmx::errcode EvaluateFileName(const fmx::ExprEnv& env, std::string_view calculation,
+                              fmx::Text& name) {
+    fmx::DataUniquePtr value;
+    const fmx::errcode err = env.Evaluate(calculation, *value);
+    name.DeleteText(0, fmx::kSize_End);
+    if (err == 0) name.AppendText(value->GetAsText(), 0, fmx::kSize_End);
+    return err;
+}
+
 void FillFMTextWithCurrentDatabaseFileName(fmx::Text& target, const fmx::ExprEnv& env) {
-    fmx::TextUniquePtr calculation;
-    calculation->Assign("Get(FileName)", fmx::kEncoding_Native);
-    fmx::DataUniquePtr name;
-    [[maybe_unused]] const fmx::errcode err = env.Evaluate(*calculation, *name);
-    assert(err == 0);
-    target.DeleteText(0, fmx::kSize_End);
-    target.AppendText(name->GetAsText(), 0, fmx::kSize_End);
+    const fmx::errcode err = EvaluateFileName(env, kFileNameCalculation, target);
+    StopUnless(err == 0, "err == 0", __func__);
+}
+
+void SetResultText(fmx::Data& result, const fmx::Text& text) {
+    result.SetAsText(text, result.GetLocale(), fmx::kDTText);
+}
+
+void SetResultText(fmx::Data& result, std::string_view text, fmx::int32 encoding) {
+    SetResultText(result, *fmx::TextUniquePtr(text, encoding));
 }
 
 void FMData2FMData(const fmx::Data& from, fmx::Data& to) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "host/fmx.h"
 
@@ -19,8 +20,25 @@ std::wstring WStringFromFMText(const fmx::Text& text);
 // Replaces the whole target with the bytes of `s` in the host's native encoding.
 void copyToFMText(const std::string& s, fmx::Text& target);
 
-// The calling file's name, from "Get(FileName)"; that calculation failing is a programming error.
+// The spellings of the calling file's name that the plug-in evaluates: the store asks with
+// blanks, everything else without.
+inline constexpr char kFileNameCalculation[] = "Get(FileName)";
+inline constexpr char kSpacedFileNameCalculation[] = "Get( FileName )";
+
+// Replaces `name` with the text (styles included) of the file name that `calculation` gives in
+// `env`, or with nothing when the host reports an error. Answers the evaluation's error code.
+fmx::errcode EvaluateFileName(const fmx::ExprEnv& env, std::string_view calculation,
+                              fmx::Text& name);
+
+// The calling file's name, from "Get(FileName)"; that calculation failing is a programming error
+// and stops the process.
 void FillFMTextWithCurrentDatabaseFileName(fmx::Text& target, const fmx::ExprEnv& env);
+
+// Sets `result` to `text` as text (type 1) with the result's own locale.
+void SetResultText(fmx::Data& result, const fmx::Text& text);
+// The same for bytes in `encoding`.
+void SetResultText(fmx::Data& result, std::string_view text,
+                   fmx::int32 encoding = fmx::kEncoding_Native);
 
 // Copies a value keeping its type; a boolean is copied as a number. An invalid or unknown type
 // leaves the target unchanged.

@@ -9,20 +9,14 @@ namespace rvl {
 
 namespace {
 
-fmx::errcode evaluate(const std::string& calculation, const fmx::ExprEnv& env, fmx::Data& value) {
-    fmx::TextUniquePtr text;
-    text->Assign(calculation.c_str(), fmx::kEncoding_Native);
-    return env.Evaluate(*text, value);
-}
-
 std::string readerCalculation(const char* variable) {
     return std::string("If( IsEmpty( ") + variable + " ); \"No Error Message\"; " + variable + " )";
 }
 
 fmx::errcode readAsText(const char* variable, fmx::Data& result, const fmx::ExprEnv& env) {
     fmx::DataUniquePtr value;
-    const fmx::errcode err = evaluate(readerCalculation(variable), env, *value);
-    result.SetAsText(value->GetAsText(), result.GetLocale(), fmx::kDTText);
+    const fmx::errcode err = env.Evaluate(readerCalculation(variable), *value);
+    fmlib::SetResultText(result, value->GetAsText());
     return err;
 }
 
@@ -33,12 +27,12 @@ fmx::errcode SetLastError(fmx::errcode code, std::string_view message, const fmx
                                     " ; $$Ravelin_LastErrorMessage = \"" + std::string(message) +
                                     "\" ] ; \"\" )";
     fmx::DataUniquePtr scratch;
-    return evaluate(calculation, env, *scratch);
+    return env.Evaluate(calculation, *scratch);
 }
 
 fmx::errcode GetLastErrorCode(fmx::Data& result, const fmx::ExprEnv& env) {
     fmx::DataUniquePtr value;
-    const fmx::errcode err = evaluate(readerCalculation("$$Ravelin_LastError"), env, *value);
+    const fmx::errcode err = env.Evaluate(readerCalculation("$$Ravelin_LastError"), *value);
     result.SetAsNumber(value->GetAsNumber(), fmx::kDTNumber);
     return err;
 }

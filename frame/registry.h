@@ -1,7 +1,12 @@
-// The function table: what the plug-in registers with the host, in registration order, and the
-// names and prototypes the host asks for.
+// Registering the plug-in's functions with the host.
+//
+// FileMaker Server calls into the plug-in from several threads, and Ravelin_Set registers the
+// whole table again from inside a calculation. Every pass over the host's table (initialise,
+// shutdown, re-registration) therefore holds one lock, shown by a RegistrationLock argument:
+// passes never interleave, so a pass's roll-back can only undo what that same pass registered.
 #pragma once
 
+#include <mutex>
 #include <span>
 
 #include "host/fmx.h"
@@ -15,23 +20,34 @@ struct FunctionRow {
     fmx::ExtPluginType function;
 };
 
-// Every registered function, ids 1..25 (16 is unused), in registration order.
-std::span<const FunctionRow> functionTable();
+// Holds the process-wide registration lock while it lives.
+class RegistrationLock {
+public:
+    RegistrationLock();
+
+private:
+    std::unique_lock<std::mutex> lock_;
+};
 
 // The identifier every registration and unregistration passes: "RVLX".
 fmx::QuadCharUniquePtr pluginId();
 
-// Registers the whole table in order; on the first refusal unregisters what this pass registered,
-// in reverse order, and answers false.
-bool RegisterExternalFunctions();
+// Registers `table` in order; on the first refusal unregisters what this pass registered, in
+// reverse order, and answers false. The table is kept for RegisterFunctionsAgain.
+bool RegisterExternalFunctions(const RegistrationLock&, std::span<const FunctionRow> table);
 // Unregisters ids 25 down to 1, ignoring the host's answers.
-void UnRegisterExternalFunctions();
+void UnRegisterExternalFunctions(const RegistrationLock&);
+
+// Unregisters every id and registers the kept table again, in one pass under the lock; what the
+// host answers is not looked at. Does nothing while the plug-in is not initialised, so that a
+// call racing with shutdown cannot register functions again after it.
+void RegisterFunctionsAgain();
 
 // The host's error code; 0 is success. Name and prototype come from Do_GetString(id + 100, ...).
-fmx::errcode RegisterExternalFunction(short id, short minArgs, short maxArgs, fmx::uint32 flags,
-                                      fmx::ExtPluginType function);
+fmx::errcode RegisterExternalFunction(std::span<const FunctionRow> table, const FunctionRow& row);
 fmx::errcode UnRegisterExternalFunction(short id);
 
-// Fills `text` with the prototype of the function whose string id (function id + 100) is given,
-// or with its name alone; "ERROR" for an id of no function.
-void Do_GetString(unsigned stringId, fmx::Text& text, bool nameOnly);
+// Fills `text` with the prototype of the row whose string id (function id + 100) is given, or
+// with its name alone; "ERROR" for an id of no row.
+void Do_GetString(std::span<const FunctionRow> table, unsigned stringId, fmx::Text& text,
+                  bool nameOnly);

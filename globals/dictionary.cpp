@@ -15,13 +15,19 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 constexpr char16_t kReturn = u'\r';
 
-// The value of a calculation in `env`, or nothing when the host reports an error.
-std::optional<std::u16string> evaluateAsString(const fmx::ExprEnv& env, const char* calculation) {
-    fmx::TextUniquePtr text;
-    text->Assign(calculation, fmx::kEncoding_Native);
+// The open files' names, or nothing when the host reports an error.
+std::optional<std::u16string> databaseNames(const fmx::ExprEnv& env) {
     fmx::DataUniquePtr value;
-    if (env.Evaluate(*text, *value) != 0) return std::nullopt;
+    if (env.Evaluate("DatabaseNames", *value) != 0) return std::nullopt;
     return FStringFromData(*value);
+}
+
+std::optional<std::u16string> fileName(const fmx::ExprEnv& env) {
+    fmx::TextUniquePtr name;
+    if (fmlib::EvaluateFileName(env, fmlib::kSpacedFileNameCalculation, *name) != 0) {
+        return std::nullopt;
+    }
+    return FStringFromText(*name);
 }
 
 // What asking for the calling file's name gave: the name, nothing (the host reported an error),
@@ -33,7 +39,7 @@ struct FileNameAnswer {
 
 FileNameAnswer callingFileName(const fmx::ExprEnv& env) {
     try {
-        return {evaluateAsString(env, "Get( FileName )"), nullptr};
+        return {fileName(env), nullptr};
     } catch (...) {
         return {std::nullopt, std::current_exception()};
     }
@@ -116,7 +122,7 @@ Dictionary::LocalKeyMap::iterator Dictionary::removeLocalKeyByIterator_(
 }
 
 void Dictionary::cleanLocalKeys(const fmx::ExprEnv& env) {
-    const std::optional<std::u16string> names = evaluateAsString(env, "DatabaseNames");
+    const std::optional<std::u16string> names = databaseNames(env);
     if (!names) return;
     // Every open file's name then stands between two returns, so a needle of return, name,
     // return matches whole names only.

@@ -1,10 +1,9 @@
 // Ravelin_GetGlobal( key ): a stored value with its own type, or an empty result.
-#include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
+#include "globals/functions.h"
 #include "globals/store.h"
-#include "info/answer_error.h"
 
 fmx::errcode Ravelin_GetGlobal(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
                                fmx::Data& result) {

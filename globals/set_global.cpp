@@ -2,10 +2,10 @@
 // global store, or empties the store.
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
+#include "globals/functions.h"
 #include "globals/store.h"
-#include "info/answer_error.h"
 
 namespace {
 
@@ -18,9 +18,7 @@ bool isDieOnClose(const fmx::Text& option) {
     fmx::TextUniquePtr lowered;
     lowered->SetText(option, 0, fmx::kSize_End);
     lowered->Lowercase();
-    fmx::TextUniquePtr keyword;
-    keyword->Assign("dieonclose", fmx::kEncoding_Native);
-    return *lowered == *keyword;
+    return *lowered == *fmx::TextUniquePtr("dieonclose");
 }
 
 }  // namespace

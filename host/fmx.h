@@ -7,7 +7,9 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "host/fmx_abi.h"
 
@@ -24,46 +26,39 @@ inline void _fmxcpt::Check() const {
     }
 }
 
-// Runs one host call with a fresh failure record and checks it afterwards.
-template <class Call>
-inline auto checked(Call call) {
+// Calls a host function with a fresh failure record as its last argument and turns a failure
+// it reports into an exception.
+template <class Result, class... Params, class... Args>
+inline Result call(Result (*function)(Params...), Args&&... args) {
     _fmxcpt x;
-    if constexpr (std::is_void_v<decltype(call(x))>) {
-        call(x);
+    if constexpr (std::is_void_v<Result>) {
+        function(std::forward<Args>(args)..., x);
         x.Check();
     } else {
-        auto r = call(x);
+        Result r = function(std::forward<Args>(args)..., x);
         x.Check();
         return r;
     }
 }
 
 // Releasing never throws: a failure reported by a host Delete is ignored.
-#define FMX_OPAQUE_HANDLE(Class)                                 \
-  public:                                                        \
-    Class() = delete;                                            \
-    Class(const Class&) = delete;                                \
-    Class& operator=(const Class&) = delete;                     \
-    static void operator delete(void* obj) {                     \
-        _fmxcpt x;                                               \
-        FM_##Class##_Delete(obj, x);                             \
+#define FMX_OPAQUE_HANDLE(Class)             \
+public:                                      \
+    Class() = delete;                        \
+    Class(const Class&) = delete;            \
+    Class& operator=(const Class&) = delete; \
+    static void operator delete(void* obj) { \
+        _fmxcpt x;                           \
+        FM_##Class##_Delete(obj, x);         \
     }
 
 class QuadChar {
     FMX_OPAQUE_HANDLE(QuadChar)
-    uchar operator[](int i) const {
-        return checked([&](_fmxcpt& x) { return FM_QuadChar_operatorCAR(this, i, x); });
-    }
-    bool operator==(const QuadChar& v) const {
-        return checked([&](_fmxcpt& x) { return FM_QuadChar_operatorEQ(this, v, x); });
-    }
+    uchar operator[](int i) const { return call(FM_QuadChar_operatorCAR, this, i); }
+    bool operator==(const QuadChar& v) const { return call(FM_QuadChar_operatorEQ, this, v); }
     bool operator!=(const QuadChar& v) const { return !(*this == v); }
-    uint32 GetMacType() const {
-        return checked([&](_fmxcpt& x) { return FM_QuadChar_GetMacType(this, x); });
-    }
-    void SetMacType(uint32 v) {
-        checked([&](_fmxcpt& x) { FM_QuadChar_SetMacType(this, v, x); });
-    }
+    uint32 GetMacType() const { return call(FM_QuadChar_GetMacType, this); }
+    void SetMacType(uint32 v) { call(FM_QuadChar_SetMacType, this, v); }
 };
 
 class Locale {
@@ -72,23 +67,15 @@ class Locale {
 
 class Color {
     FMX_OPAQUE_HANDLE(Color)
-    uchar GetRed() const { return checked([&](_fmxcpt& x) { return FM_Color_GetRed(this, x); }); }
-    uchar GetGreen() const {
-        return checked([&](_fmxcpt& x) { return FM_Color_GetGreen(this, x); });
-    }
-    uchar GetBlue() const {
-        return checked([&](_fmxcpt& x) { return FM_Color_GetBlue(this, x); });
-    }
-    uchar GetAlpha() const {
-        return checked([&](_fmxcpt& x) { return FM_Color_GetAlpha(this, x); });
-    }
-    void SetRed(uchar v) { checked([&](_fmxcpt& x) { FM_Color_SetRed(this, v, x); }); }
-    void SetGreen(uchar v) { checked([&](_fmxcpt& x) { FM_Color_SetGreen(this, v, x); }); }
-    void SetBlue(uchar v) { checked([&](_fmxcpt& x) { FM_Color_SetBlue(this, v, x); }); }
-    void SetAlpha(uchar v) { checked([&](_fmxcpt& x) { FM_Color_SetAlpha(this, v, x); }); }
-    bool operator==(const Color& c) const {
-        return checked([&](_fmxcpt& x) { return FM_Color_operatorEQ(this, c, x); });
-    }
+    uchar GetRed() const { return call(FM_Color_GetRed, this); }
+    uchar GetGreen() const { return call(FM_Color_GetGreen, this); }
+    uchar GetBlue() const { return call(FM_Color_GetBlue, this); }
+    uchar GetAlpha() const { return call(FM_Color_GetAlpha, this); }
+    void SetRed(uchar v) { call(FM_Color_SetRed, this, v); }
+    void SetGreen(uchar v) { call(FM_Color_SetGreen, this, v); }
+    void SetBlue(uchar v) { call(FM_Color_SetBlue, this, v); }
+    void SetAlpha(uchar v) { call(FM_Color_SetAlpha, this, v); }
+    bool operator==(const Color& c) const { return call(FM_Color_operatorEQ, this, c); }
     bool operator!=(const Color& c) const { return !(*this == c); }
     static const Color& White() { return *FM_Color_White(); }
     static const Color& Black() { return *FM_Color_Black(); }
@@ -99,463 +86,297 @@ class CharacterStyle {
     using Face = uint16;
     using FontID = uint16;
     using FontSize = uint16;
-    void EnableFont() { checked([&](_fmxcpt& x) { FM_CharacterStyle_EnableFont(this, x); }); }
-    void EnableFace(Face f) {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_EnableFace(this, f, x); });
-    }
-    void EnableSize() { checked([&](_fmxcpt& x) { FM_CharacterStyle_EnableSize(this, x); }); }
-    void EnableColor() { checked([&](_fmxcpt& x) { FM_CharacterStyle_EnableColor(this, x); }); }
-    void DisableFont() { checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableFont(this, x); }); }
-    void DisableFace(Face f) {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableFace(this, f, x); });
-    }
-    void DisableAllFaces() {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableAllFaces(this, x); });
-    }
-    void DisableSize() { checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableSize(this, x); }); }
-    void DisableColor() {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableColor(this, x); });
-    }
-    void DisableAll() { checked([&](_fmxcpt& x) { FM_CharacterStyle_DisableAll(this, x); }); }
-    bool IsAllDisabled() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsAllDisabled(this, x); });
-    }
-    bool IsFontEnabled() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsFontEnabled(this, x); });
-    }
-    bool IsFaceEnabled(Face f) const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsFaceEnabled(this, f, x); });
-    }
-    bool IsAnyFaceEnabled() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsAnyFaceEnabled(this, x); });
-    }
-    bool IsSizeEnabled() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsSizeEnabled(this, x); });
-    }
-    bool IsColorEnabled() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_IsColorEnabled(this, x); });
-    }
+    void EnableFont() { call(FM_CharacterStyle_EnableFont, this); }
+    void EnableFace(Face f) { call(FM_CharacterStyle_EnableFace, this, f); }
+    void EnableSize() { call(FM_CharacterStyle_EnableSize, this); }
+    void EnableColor() { call(FM_CharacterStyle_EnableColor, this); }
+    void DisableFont() { call(FM_CharacterStyle_DisableFont, this); }
+    void DisableFace(Face f) { call(FM_CharacterStyle_DisableFace, this, f); }
+    void DisableAllFaces() { call(FM_CharacterStyle_DisableAllFaces, this); }
+    void DisableSize() { call(FM_CharacterStyle_DisableSize, this); }
+    void DisableColor() { call(FM_CharacterStyle_DisableColor, this); }
+    void DisableAll() { call(FM_CharacterStyle_DisableAll, this); }
+    bool IsAllDisabled() const { return call(FM_CharacterStyle_IsAllDisabled, this); }
+    bool IsFontEnabled() const { return call(FM_CharacterStyle_IsFontEnabled, this); }
+    bool IsFaceEnabled(Face f) const { return call(FM_CharacterStyle_IsFaceEnabled, this, f); }
+    bool IsAnyFaceEnabled() const { return call(FM_CharacterStyle_IsAnyFaceEnabled, this); }
+    bool IsSizeEnabled() const { return call(FM_CharacterStyle_IsSizeEnabled, this); }
+    bool IsColorEnabled() const { return call(FM_CharacterStyle_IsColorEnabled, this); }
     void SetFontInformation(FontID font, Face face, FontSize size) {
-        checked([&](_fmxcpt& x) {
-            FM_CharacterStyle_SetFontInformation(this, font, face, size, x);
-        });
+        call(FM_CharacterStyle_SetFontInformation, this, font, face, size);
     }
-    void GetFontInformation(FontID& font, Face& face, FontSize& size) {
-        checked([&](_fmxcpt& x) {
-            FM_CharacterStyle_GetFontInformation(this, font, face, size, x);
-        });
+    // The host declares this getter on a mutable style; it changes nothing.
+    void GetFontInformation(FontID& font, Face& face, FontSize& size) const {
+        call(FM_CharacterStyle_GetFontInformation, const_cast<CharacterStyle*>(this), font, face,
+             size);
     }
-    void SetFont(FontID f) { checked([&](_fmxcpt& x) { FM_CharacterStyle_SetFont(this, f, x); }); }
-    void SetFace(Face f) { checked([&](_fmxcpt& x) { FM_CharacterStyle_SetFace(this, f, x); }); }
-    void SetSize(FontSize s) {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_SetSize(this, s, x); });
-    }
-    FontID GetFont() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_GetFont(this, x); });
-    }
-    Face GetFace() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_GetFace(this, x); });
-    }
-    FontSize GetSize() const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_GetSize(this, x); });
-    }
-    void SetColor(const Color& c) {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_SetColor(this, c, x); });
-    }
-    const Color& GetColor() const {
-        return *checked([&](_fmxcpt& x) { return FM_CharacterStyle_GetColor(this, x); });
-    }
-    void Assign(const CharacterStyle& rhs) {
-        checked([&](_fmxcpt& x) { FM_CharacterStyle_operatorAS(this, rhs, x); });
-    }
+    void SetFont(FontID f) { call(FM_CharacterStyle_SetFont, this, f); }
+    void SetFace(Face f) { call(FM_CharacterStyle_SetFace, this, f); }
+    void SetSize(FontSize s) { call(FM_CharacterStyle_SetSize, this, s); }
+    FontID GetFont() const { return call(FM_CharacterStyle_GetFont, this); }
+    Face GetFace() const { return call(FM_CharacterStyle_GetFace, this); }
+    FontSize GetSize() const { return call(FM_CharacterStyle_GetSize, this); }
+    void SetColor(const Color& c) { call(FM_CharacterStyle_SetColor, this, c); }
+    const Color& GetColor() const { return *call(FM_CharacterStyle_GetColor, this); }
+    void Assign(const CharacterStyle& rhs) { call(FM_CharacterStyle_operatorAS, this, rhs); }
     bool operator==(const CharacterStyle& rhs) const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_operatorEQ(this, rhs, x); });
+        return call(FM_CharacterStyle_operatorEQ, this, rhs);
     }
     bool operator!=(const CharacterStyle& rhs) const {
-        return checked([&](_fmxcpt& x) { return FM_CharacterStyle_operatorNE(this, rhs, x); });
+        return call(FM_CharacterStyle_operatorNE, this, rhs);
     }
 };
 
 class Text {
     FMX_OPAQUE_HANDLE(Text)
-    uint32 GetSize() const {
-        return checked([&](_fmxcpt& x) { return FM_Text_GetSize(this, x); });
-    }
+    uint32 GetSize() const { return call(FM_Text_GetSize, this); }
     void Assign(const char* s, int32 encoding = kEncoding_Native) {
-        checked([&](_fmxcpt& x) { FM_Text_Assign(this, s, encoding, x); });
+        call(FM_Text_Assign, this, s, encoding);
+    }
+    // The bytes of `s` (no terminator needed) in `encoding`.
+    void Assign(std::string_view s, int32 encoding) {
+        AssignWithLength(s.empty() ? "" : s.data(), static_cast<uint32>(s.size()), encoding);
     }
     void AssignWithLength(const char* s, uint32 length, int32 encoding = kEncoding_Native) {
-        checked([&](_fmxcpt& x) { FM_Text_AssignWithLength(this, s, length, encoding, x); });
+        call(FM_Text_AssignWithLength, this, s, length, encoding);
     }
-    void AssignWide(const wchar_t* s) {
-        checked([&](_fmxcpt& x) { FM_Text_AssignWide(this, s, x); });
-    }
-    void AssignUnicode(const uint16* s) {
-        checked([&](_fmxcpt& x) { FM_Text_AssignUnicode(this, s, x); });
-    }
+    void AssignWide(const wchar_t* s) { call(FM_Text_AssignWide, this, s); }
+    void AssignUnicode(const uint16* s) { call(FM_Text_AssignUnicode, this, s); }
     void AssignUnicodeWithLength(const uint16* s, uint32 length) {
-        checked([&](_fmxcpt& x) { FM_Text_AssignUnicodeWithLength(this, s, length, x); });
+        call(FM_Text_AssignUnicodeWithLength, this, s, length);
     }
     void GetUnicode(uint16* buffer, uint32 position, uint32 size) const {
-        checked([&](_fmxcpt& x) { FM_Text_GetUnicode(this, buffer, position, size, x); });
+        call(FM_Text_GetUnicode, this, buffer, position, size);
     }
     void GetBytes(char* buffer, uint32 buffersize, uint32 position = 0, uint32 size = kSize_End,
                   int32 encoding = kEncoding_Native) const {
-        checked([&](_fmxcpt& x) {
-            FM_Text_GetBytes(this, buffer, buffersize, position, size, encoding, x);
-        });
+        call(FM_Text_GetBytes, this, buffer, buffersize, position, size, encoding);
     }
-    uint32 GetBytesEx(char* buffer, uint32 buffersize, uint32 position = 0,
-                      uint32 size = kSize_End, int32 encoding = kEncoding_UTF8) const {
-        return checked([&](_fmxcpt& x) {
-            return FM_Text_GetBytesEx(this, buffer, buffersize, position, size, encoding, x);
-        });
+    uint32 GetBytesEx(char* buffer, uint32 buffersize, uint32 position = 0, uint32 size = kSize_End,
+                      int32 encoding = kEncoding_UTF8) const {
+        return call(FM_Text_GetBytesEx, this, buffer, buffersize, position, size, encoding);
     }
     void SetText(const Text& other, uint32 position = 0, uint32 size = kSize_End) {
-        checked([&](_fmxcpt& x) { FM_Text_SetText(this, other, position, size, x); });
+        call(FM_Text_SetText, this, other, position, size);
     }
     void AppendText(const Text& other, uint32 position = 0, uint32 size = kSize_End) {
-        checked([&](_fmxcpt& x) { FM_Text_AppendText(this, other, position, size, x); });
+        call(FM_Text_AppendText, this, other, position, size);
     }
     void InsertText(const Text& other, uint32 position) {
-        checked([&](_fmxcpt& x) { FM_Text_InsertText(this, other, position, x); });
+        call(FM_Text_InsertText, this, other, position);
     }
     void DeleteText(uint32 position, uint32 size = kSize_End) {
-        checked([&](_fmxcpt& x) { FM_Text_DeleteText(this, position, size, x); });
+        call(FM_Text_DeleteText, this, position, size);
     }
     uint32 Find(const Text& other, uint32 position) const {
-        return checked([&](_fmxcpt& x) { return FM_Text_Find(this, other, position, x); });
+        return call(FM_Text_Find, this, other, position);
     }
     uint32 FindPrev(const Text& other, uint32 position) const {
-        return checked([&](_fmxcpt& x) { return FM_Text_FindPrev(this, other, position, x); });
+        return call(FM_Text_FindPrev, this, other, position);
     }
     uint32 FindIgnoringCase(const Text& other, uint32 position) const {
-        return checked(
-            [&](_fmxcpt& x) { return FM_Text_FindIgnoringCase(this, other, position, x); });
+        return call(FM_Text_FindIgnoringCase, this, other, position);
     }
-    void Uppercase() const { checked([&](_fmxcpt& x) { FM_Text_Uppercase(this, x); }); }
-    void Lowercase() const { checked([&](_fmxcpt& x) { FM_Text_Lowercase(this, x); }); }
+    void Uppercase() { call(FM_Text_Uppercase, this); }
+    void Lowercase() { call(FM_Text_Lowercase, this); }
     void GetStyle(CharacterStyle& style, uint32 position) const {
-        checked([&](_fmxcpt& x) { FM_Text_GetStyle(this, style, position, x); });
+        call(FM_Text_GetStyle, this, style, position);
     }
     void GetDefaultStyle(CharacterStyle& style) const {
-        checked([&](_fmxcpt& x) { FM_Text_GetDefaultStyle(this, style, x); });
+        call(FM_Text_GetDefaultStyle, this, style);
     }
     void SetStyle(const CharacterStyle& style, uint32 position = 0, uint32 size = kSize_End) {
-        checked([&](_fmxcpt& x) { FM_Text_SetStyle(this, style, position, size, x); });
+        call(FM_Text_SetStyle, this, style, position, size);
     }
-    void RemoveStyle(const CharacterStyle& style) {
-        checked([&](_fmxcpt& x) { FM_Text_RemoveStyle(this, style, x); });
-    }
-    void ResetAllStyleBuffers() {
-        checked([&](_fmxcpt& x) { FM_Text_ResetAllStyleBuffers(this, x); });
-    }
-    bool operator==(const Text& that) const {
-        return checked([&](_fmxcpt& x) { return FM_Text_operatorEQ(this, that, x); });
-    }
-    bool operator!=(const Text& that) const {
-        return checked([&](_fmxcpt& x) { return FM_Text_operatorNE(this, that, x); });
-    }
-    bool operator<(const Text& that) const {
-        return checked([&](_fmxcpt& x) { return FM_Text_operatorLT(this, that, x); });
-    }
+    void RemoveStyle(const CharacterStyle& style) { call(FM_Text_RemoveStyle, this, style); }
+    void ResetAllStyleBuffers() { call(FM_Text_ResetAllStyleBuffers, this); }
+    bool operator==(const Text& that) const { return call(FM_Text_operatorEQ, this, that); }
+    bool operator!=(const Text& that) const { return call(FM_Text_operatorNE, this, that); }
+    bool operator<(const Text& that) const { return call(FM_Text_operatorLT, this, that); }
 };
 
 class FixPt {
     FMX_OPAQUE_HANDLE(FixPt)
-    void AssignInt(int32 v) { checked([&](_fmxcpt& x) { FM_FixPt_AssignInt(this, v, x); }); }
-    void AssignInt64(int64 v) { checked([&](_fmxcpt& x) { FM_FixPt_AssignInt64(this, v, x); }); }
-    void AssignDouble(double v) {
-        checked([&](_fmxcpt& x) { FM_FixPt_AssignDouble(this, v, x); });
-    }
-    void AssignFixPt(const FixPt& v) {
-        checked([&](_fmxcpt& x) { FM_FixPt_AssignFixPt(this, v, x); });
-    }
-    bool operator==(const FixPt& v) const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_operatorEQ(this, v, x); });
-    }
+    void AssignInt(int32 v) { call(FM_FixPt_AssignInt, this, v); }
+    void AssignInt64(int64 v) { call(FM_FixPt_AssignInt64, this, v); }
+    void AssignDouble(double v) { call(FM_FixPt_AssignDouble, this, v); }
+    void AssignFixPt(const FixPt& v) { call(FM_FixPt_AssignFixPt, this, v); }
+    bool operator==(const FixPt& v) const { return call(FM_FixPt_operatorEQ, this, v); }
     bool operator!=(const FixPt& v) const { return !(*this == v); }
-    bool operator<(const FixPt& v) const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_operatorLT(this, v, x); });
-    }
-    void Increment(int32 n) { checked([&](_fmxcpt& x) { FM_FixPt_Increment(this, n, x); }); }
-    void Decrement(int32 n) { checked([&](_fmxcpt& x) { FM_FixPt_Decrement(this, n, x); }); }
-    void Negate() { checked([&](_fmxcpt& x) { FM_FixPt_Negate(this, x); }); }
-    int GetPrecision() const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_GetPrecision(this, x); });
-    }
-    void SetPrecision(int p) { checked([&](_fmxcpt& x) { FM_FixPt_SetPrecision(this, p, x); }); }
-    void Add(const FixPt& arg, FixPt& result) const {
-        checked([&](_fmxcpt& x) { FM_FixPt_Add(this, arg, result, x); });
-    }
+    bool operator<(const FixPt& v) const { return call(FM_FixPt_operatorLT, this, v); }
+    void Increment(int32 n) { call(FM_FixPt_Increment, this, n); }
+    void Decrement(int32 n) { call(FM_FixPt_Decrement, this, n); }
+    void Negate() { call(FM_FixPt_Negate, this); }
+    int GetPrecision() const { return call(FM_FixPt_GetPrecision, this); }
+    void SetPrecision(int p) { call(FM_FixPt_SetPrecision, this, p); }
+    void Add(const FixPt& arg, FixPt& result) const { call(FM_FixPt_Add, this, arg, result); }
     void Subtract(const FixPt& arg, FixPt& result) const {
-        checked([&](_fmxcpt& x) { FM_FixPt_Subtract(this, arg, result, x); });
+        call(FM_FixPt_Subtract, this, arg, result);
     }
     void Multiply(const FixPt& arg, FixPt& result) const {
-        checked([&](_fmxcpt& x) { FM_FixPt_Multiply(this, arg, result, x); });
+        call(FM_FixPt_Multiply, this, arg, result);
     }
     errcode Divide(const FixPt& arg, FixPt& result) const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_Divide(this, arg, result, x); });
+        return call(FM_FixPt_Divide, this, arg, result);
     }
-    bool AsBool() const { return checked([&](_fmxcpt& x) { return FM_FixPt_AsBool(this, x); }); }
-    int32 AsLong() const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_AsLong(this, x); });
-    }
-    int64 AsLong64() const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_AsLong64(this, x); });
-    }
-    double AsFloat() const {
-        return checked([&](_fmxcpt& x) { return FM_FixPt_AsFloat(this, x); });
-    }
+    bool AsBool() const { return call(FM_FixPt_AsBool, this); }
+    int32 AsLong() const { return call(FM_FixPt_AsLong, this); }
+    int64 AsLong64() const { return call(FM_FixPt_AsLong64, this); }
+    double AsFloat() const { return call(FM_FixPt_AsFloat, this); }
 };
 
 class DateTime {
     FMX_OPAQUE_HANDLE(DateTime)
-    bool operator==(const DateTime& v) const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_operatorEQ(this, v, x); });
-    }
+    bool operator==(const DateTime& v) const { return call(FM_DateTime_operatorEQ, this, v); }
     bool operator!=(const DateTime& v) const { return !(*this == v); }
-    void Now() { checked([&](_fmxcpt& x) { FM_DateTime_Now(this, x); }); }
-    void SetDate(const DateTime& v) {
-        checked([&](_fmxcpt& x) { FM_DateTime_SetDate(this, v, x); });
-    }
-    void SetTime(const DateTime& v) {
-        checked([&](_fmxcpt& x) { FM_DateTime_SetTime(this, v, x); });
-    }
+    void Now() { call(FM_DateTime_Now, this); }
+    void SetDate(const DateTime& v) { call(FM_DateTime_SetDate, this, v); }
+    void SetTime(const DateTime& v) { call(FM_DateTime_SetTime, this, v); }
     errcode SetNormalizedDate(int16 month, int16 day, int16 year) {
-        return checked([&](_fmxcpt& x) {
-            return FM_DateTime_SetNormalizedDate1(this, month, day, year, x);
-        });
+        return call(FM_DateTime_SetNormalizedDate1, this, month, day, year);
     }
-    void SetDaysSinceEpoch(int64 days) {
-        checked([&](_fmxcpt& x) { FM_DateTime_SetDaysSinceEpoch(this, days, x); });
-    }
+    void SetDaysSinceEpoch(int64 days) { call(FM_DateTime_SetDaysSinceEpoch, this, days); }
     errcode SetNormalizedTime(int64 hour, int16 minute, int16 sec, int32 usec = 0) {
-        return checked([&](_fmxcpt& x) {
-            return FM_DateTime_SetNormalizedTime1(this, hour, minute, sec, usec, x);
-        });
+        return call(FM_DateTime_SetNormalizedTime1, this, hour, minute, sec, usec);
     }
     void SetSecsSinceMidnight(const FixPt& secs) {
-        checked([&](_fmxcpt& x) { FM_DateTime_SetSecsSinceMidnight(this, secs, x); });
+        call(FM_DateTime_SetSecsSinceMidnight, this, secs);
     }
     void SetSecondsSinceEpoch(const FixPt& seconds) {
-        checked([&](_fmxcpt& x) { FM_DateTime_SetSecondsSinceEpoch(this, seconds, x); });
+        call(FM_DateTime_SetSecondsSinceEpoch, this, seconds);
     }
-    int16 GetYear() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetYear(this, x); });
-    }
-    int16 GetMonth() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetMonth(this, x); });
-    }
-    int16 GetDay() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetDay(this, x); });
-    }
-    int32 GetDaysSinceEpoch() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetDaysSinceEpoch(this, x); });
-    }
-    int32 GetHour() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetHour(this, x); });
-    }
-    int16 GetMinute() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetMinute(this, x); });
-    }
-    int16 GetSec() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetSec(this, x); });
-    }
-    int32 GetUSec() const {
-        return checked([&](_fmxcpt& x) { return FM_DateTime_GetUSec(this, x); });
-    }
+    int16 GetYear() const { return call(FM_DateTime_GetYear, this); }
+    int16 GetMonth() const { return call(FM_DateTime_GetMonth, this); }
+    int16 GetDay() const { return call(FM_DateTime_GetDay, this); }
+    int32 GetDaysSinceEpoch() const { return call(FM_DateTime_GetDaysSinceEpoch, this); }
+    int32 GetHour() const { return call(FM_DateTime_GetHour, this); }
+    int16 GetMinute() const { return call(FM_DateTime_GetMinute, this); }
+    int16 GetSec() const { return call(FM_DateTime_GetSec, this); }
+    int32 GetUSec() const { return call(FM_DateTime_GetUSec, this); }
     void GetSecsSinceMidnight(FixPt& results) const {
-        checked([&](_fmxcpt& x) { FM_DateTime_GetSecsSinceMidnight(this, results, x); });
+        call(FM_DateTime_GetSecsSinceMidnight, this, results);
     }
     void GetSecondsSinceEpoch(FixPt& results) const {
-        checked([&](_fmxcpt& x) { FM_DateTime_GetSecondsSinceEpoch(this, results, x); });
+        call(FM_DateTime_GetSecondsSinceEpoch, this, results);
     }
 };
 
 class BinaryData {
     FMX_OPAQUE_HANDLE(BinaryData)
-    int32 GetCount() const {
-        return checked([&](_fmxcpt& x) { return FM_BinaryData_GetCount(this, x); });
-    }
-    int32 GetIndex(const QuadChar& type) const {
-        return checked([&](_fmxcpt& x) { return FM_BinaryData_GetIndex(this, type, x); });
-    }
-    uint32 GetTotalSize() const {
-        return checked([&](_fmxcpt& x) { return FM_BinaryData_GetTotalSize(this, x); });
-    }
+    int32 GetCount() const { return call(FM_BinaryData_GetCount, this); }
+    int32 GetIndex(const QuadChar& type) const { return call(FM_BinaryData_GetIndex, this, type); }
+    uint32 GetTotalSize() const { return call(FM_BinaryData_GetTotalSize, this); }
     void GetType(int32 index, QuadChar& type) const {
-        checked([&](_fmxcpt& x) { FM_BinaryData_GetType(this, index, type, x); });
+        call(FM_BinaryData_GetType, this, index, type);
     }
-    uint32 GetSize(int32 index) const {
-        return checked([&](_fmxcpt& x) { return FM_BinaryData_GetSize(this, index, x); });
-    }
+    uint32 GetSize(int32 index) const { return call(FM_BinaryData_GetSize, this, index); }
     errcode GetData(int32 index, uint32 offset, uint32 amount, void* buffer) const {
-        return checked([&](_fmxcpt& x) {
-            return FM_BinaryData_GetData(this, index, offset, amount, buffer, x);
-        });
+        return call(FM_BinaryData_GetData, this, index, offset, amount, buffer);
     }
     errcode Add(const QuadChar& type, uint32 amount, void* buffer) {
-        return checked(
-            [&](_fmxcpt& x) { return FM_BinaryData_Add(this, type, amount, buffer, x); });
+        return call(FM_BinaryData_Add, this, type, amount, buffer);
     }
-    bool operator==(const BinaryData& v) const {
-        return checked([&](_fmxcpt& x) { return FM_BinaryData_operatorEQ(this, v, x); });
-    }
+    bool operator==(const BinaryData& v) const { return call(FM_BinaryData_operatorEQ, this, v); }
 };
 
 class Data {
     FMX_OPAQUE_HANDLE(Data)
     using DataType = fmx::DataType;
-    bool IsEmpty() const { return checked([&](_fmxcpt& x) { return FM_Data_IsEmpty(this, x); }); }
-    bool IsValid() const { return checked([&](_fmxcpt& x) { return FM_Data_IsValid(this, x); }); }
-    void Clear(DataType newNativeType = kDTInvalid) {
-        checked([&](_fmxcpt& x) { FM_Data_Clear(this, newNativeType, x); });
-    }
-    const Text& GetAsText() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetAsText(this, x); });
-    }
-    const FixPt& GetAsNumber() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetAsNumber(this, x); });
-    }
-    const DateTime& GetAsDate() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetAsDate(this, x); });
-    }
-    const DateTime& GetAsTime() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetAsTime(this, x); });
-    }
-    const DateTime& GetAsTimeStamp() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetAsTimeStamp(this, x); });
-    }
-    bool GetAsBoolean() const {
-        return checked([&](_fmxcpt& x) { return FM_Data_GetAsBoolean(this, x); });
-    }
-    const BinaryData& GetBinaryData() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetBinaryData(this, x); });
-    }
-    const Locale& GetLocale() const {
-        return *checked([&](_fmxcpt& x) { return FM_Data_GetLocale(this, x); });
-    }
+    bool IsEmpty() const { return call(FM_Data_IsEmpty, this); }
+    bool IsValid() const { return call(FM_Data_IsValid, this); }
+    void Clear(DataType newNativeType = kDTInvalid) { call(FM_Data_Clear, this, newNativeType); }
+    const Text& GetAsText() const { return *call(FM_Data_GetAsText, this); }
+    const FixPt& GetAsNumber() const { return *call(FM_Data_GetAsNumber, this); }
+    const DateTime& GetAsDate() const { return *call(FM_Data_GetAsDate, this); }
+    const DateTime& GetAsTime() const { return *call(FM_Data_GetAsTime, this); }
+    const DateTime& GetAsTimeStamp() const { return *call(FM_Data_GetAsTimeStamp, this); }
+    bool GetAsBoolean() const { return call(FM_Data_GetAsBoolean, this); }
+    const BinaryData& GetBinaryData() const { return *call(FM_Data_GetBinaryData, this); }
+    const Locale& GetLocale() const { return *call(FM_Data_GetLocale, this); }
     DataType GetNativeType() const {
-        return static_cast<DataType>(
-            checked([&](_fmxcpt& x) { return FM_Data_GetNativeType(this, x); }));
+        return static_cast<DataType>(call(FM_Data_GetNativeType, this));
     }
-    void ConvertData(DataType nativeType) {
-        checked([&](_fmxcpt& x) { FM_Data_ConvertData(this, nativeType, x); });
-    }
+    void ConvertData(DataType nativeType) { call(FM_Data_ConvertData, this, nativeType); }
     errcode SetAsText(const Text& text, const Locale& locale, DataType nativeType = kDTText) {
-        return checked(
-            [&](_fmxcpt& x) { return FM_Data_SetAsText(this, text, locale, nativeType, x); });
+        return call(FM_Data_SetAsText, this, text, locale, nativeType);
     }
     void SetAsNumber(const FixPt& number, DataType nativeType = kDTNumber) {
-        checked([&](_fmxcpt& x) { FM_Data_SetAsNumber(this, number, nativeType, x); });
+        call(FM_Data_SetAsNumber, this, number, nativeType);
     }
     void SetAsDate(const DateTime& date, DataType nativeType = kDTDate) {
-        checked([&](_fmxcpt& x) { FM_Data_SetAsDate(this, date, nativeType, x); });
+        call(FM_Data_SetAsDate, this, date, nativeType);
     }
     void SetAsTime(const DateTime& time, DataType nativeType = kDTTime) {
-        checked([&](_fmxcpt& x) { FM_Data_SetAsTime(this, time, nativeType, x); });
+        call(FM_Data_SetAsTime, this, time, nativeType);
     }
     void SetAsTimeStamp(const DateTime& ts, DataType nativeType = kDTTimeStamp) {
-        checked([&](_fmxcpt& x) { FM_Data_SetAsTimeStamp(this, ts, nativeType, x); });
+        call(FM_Data_SetAsTimeStamp, this, ts, nativeType);
     }
     void SetBinaryData(const BinaryData& data, bool forceBinaryNativeType = true) {
-        checked([&](_fmxcpt& x) { FM_Data_SetBinaryData(this, data, forceBinaryNativeType, x); });
+        call(FM_Data_SetBinaryData, this, data, forceBinaryNativeType);
     }
     bool GetFontInfo(CharacterStyle::FontID font, Text& fontName, const ExprEnv& env) const {
         uint16 script = 0;
-        return checked(
-            [&](_fmxcpt& x) { return FM_Data_GetFontInfo(this, font, fontName, script, env, x); });
+        return call(FM_Data_GetFontInfo, this, font, fontName, script, env);
     }
 };
 
 class DataVect {
     FMX_OPAQUE_HANDLE(DataVect)
-    uint32 Size() const { return checked([&](_fmxcpt& x) { return FM_DataVect_Size(this, x); }); }
-    void Clear() { checked([&](_fmxcpt& x) { FM_DataVect_Clear(this, x); }); }
-    bool IsEmpty() const {
-        return checked([&](_fmxcpt& x) { return FM_DataVect_IsEmpty(this, x); });
-    }
-    void PushBack(const Data& data) {
-        checked([&](_fmxcpt& x) { FM_DataVect_PushBack(this, data, x); });
-    }
-    const Data& At(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_At(this, i, x); });
-    }
-    const Text& AtAsText(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsText(this, i, x); });
-    }
-    const FixPt& AtAsNumber(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsNumber(this, i, x); });
-    }
-    const DateTime& AtAsDate(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsDate(this, i, x); });
-    }
-    const DateTime& AtAsTime(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsTime(this, i, x); });
-    }
+    uint32 Size() const { return call(FM_DataVect_Size, this); }
+    void Clear() { call(FM_DataVect_Clear, this); }
+    bool IsEmpty() const { return call(FM_DataVect_IsEmpty, this); }
+    void PushBack(const Data& data) { call(FM_DataVect_PushBack, this, data); }
+    const Data& At(uint32 i) const { return *call(FM_DataVect_At, this, i); }
+    const Text& AtAsText(uint32 i) const { return *call(FM_DataVect_AtAsText, this, i); }
+    const FixPt& AtAsNumber(uint32 i) const { return *call(FM_DataVect_AtAsNumber, this, i); }
+    const DateTime& AtAsDate(uint32 i) const { return *call(FM_DataVect_AtAsDate, this, i); }
+    const DateTime& AtAsTime(uint32 i) const { return *call(FM_DataVect_AtAsTime, this, i); }
     const DateTime& AtAsTimeStamp(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsTimeStamp(this, i, x); });
+        return *call(FM_DataVect_AtAsTimeStamp, this, i);
     }
-    bool AtAsBoolean(uint32 i) const {
-        return checked([&](_fmxcpt& x) { return FM_DataVect_AtAsBoolean(this, i, x); });
-    }
+    bool AtAsBoolean(uint32 i) const { return call(FM_DataVect_AtAsBoolean, this, i); }
     const BinaryData& AtAsBinaryData(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_DataVect_AtAsBinaryData(this, i, x); });
+        return *call(FM_DataVect_AtAsBinaryData, this, i);
     }
 };
 
 class RowVect {
     FMX_OPAQUE_HANDLE(RowVect)
-    uint32 Size() const { return checked([&](_fmxcpt& x) { return FM_RowVect_Size(this, x); }); }
-    bool IsEmpty() const {
-        return checked([&](_fmxcpt& x) { return FM_RowVect_IsEmpty(this, x); });
-    }
-    const DataVect& At(uint32 i) const {
-        return *checked([&](_fmxcpt& x) { return FM_RowVect_At(this, i, x); });
-    }
+    uint32 Size() const { return call(FM_RowVect_Size, this); }
+    bool IsEmpty() const { return call(FM_RowVect_IsEmpty, this); }
+    const DataVect& At(uint32 i) const { return *call(FM_RowVect_At, this, i); }
 };
 
 class ExprEnv {
     FMX_OPAQUE_HANDLE(ExprEnv)
     errcode Evaluate(const Text& expression, Data& result) const {
-        return checked(
-            [&](_fmxcpt& x) { return FM_ExprEnv_Evaluate(this, expression, result, x); });
+        return call(FM_ExprEnv_Evaluate, this, expression, result);
     }
+    // A calculation given as bytes of the host's native encoding.
+    errcode Evaluate(std::string_view expression, Data& result) const;
     errcode EvaluateGetFunction(short functionValue, Data& result) const {
-        return checked([&](_fmxcpt& x) {
-            return FM_ExprEnv_EvaluateGetFunction(this, functionValue, result, x);
-        });
+        return call(FM_ExprEnv_EvaluateGetFunction, this, functionValue, result);
     }
-    errcode ExecuteFileSQL(const Text& expression, const Text& filename,
-                           const DataVect& parameters, RowVect& result) const {
-        return checked([&](_fmxcpt& x) {
-            return FM_ExprEnv_ExecuteFileSQL(this, expression, filename, parameters, result, x);
-        });
+    errcode ExecuteFileSQL(const Text& expression, const Text& filename, const DataVect& parameters,
+                           RowVect& result) const {
+        return call(FM_ExprEnv_ExecuteFileSQL, this, expression, filename, parameters, result);
     }
     errcode ExecuteFileSQLTextResult(const Text& expression, const Text& filename,
                                      const DataVect& parameters, Data& result, uint16 colSep,
                                      uint16 rowSep) const {
-        return checked([&](_fmxcpt& x) {
-            return FM_ExprEnv_ExecuteFileSQLTextResult(this, expression, filename, parameters,
-                                                       result, colSep, rowSep, x);
-        });
+        return call(FM_ExprEnv_ExecuteFileSQLTextResult, this, expression, filename, parameters,
+                    result, colSep, rowSep);
     }
     static errcode RegisterExternalFunction(const QuadChar& pluginId, short functionId,
-                                            const Text& functionName,
-                                            const Text& functionPrototype, short minArgs,
-                                            short maxArgs, uint32 compatibleOnFlags,
+                                            const Text& functionName, const Text& functionPrototype,
+                                            short minArgs, short maxArgs, uint32 compatibleOnFlags,
                                             ExtPluginType funcPtr) {
-        return checked([&](_fmxcpt& x) {
-            return FM_ExprEnv_RegisterExternalFunction(pluginId, functionId, functionName,
-                                                       functionPrototype, minArgs, maxArgs,
-                                                       compatibleOnFlags, funcPtr, x);
-        });
+        return call(FM_ExprEnv_RegisterExternalFunction, pluginId, functionId, functionName,
+                    functionPrototype, minArgs, maxArgs, compatibleOnFlags, funcPtr);
     }
     static errcode UnRegisterExternalFunction(const QuadChar& pluginId, short functionId) {
-        return checked([&](_fmxcpt& x) {
-            return FM_ExprEnv_UnRegisterExternalFunction(pluginId, functionId, x);
-        });
+        return call(FM_ExprEnv_UnRegisterExternalFunction, pluginId, functionId);
     }
 };
 
@@ -564,84 +385,80 @@ class ExprEnv {
 // Owning pointers: the only way to create host objects. Each releases its object through the
 // host's Delete when it goes out of scope or is reset.
 struct TextUniquePtr : std::unique_ptr<Text> {
-    TextUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_Text_Constructor1(x); })); }
-};
-struct DataUniquePtr : std::unique_ptr<Data> {
-    DataUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_Data_Constructor1(x); })); }
-};
-struct DataVectUniquePtr : std::unique_ptr<DataVect> {
-    DataVectUniquePtr() {
-        reset(checked([](_fmxcpt& x) { return FM_DataVect_Constructor1(x); }));
+    TextUniquePtr() { reset(call(FM_Text_Constructor1)); }
+    // A text holding the bytes of `s` in `encoding`.
+    explicit TextUniquePtr(std::string_view s, int32 encoding = kEncoding_Native)
+        : TextUniquePtr() {
+        get()->Assign(s, encoding);
     }
 };
+struct DataUniquePtr : std::unique_ptr<Data> {
+    DataUniquePtr() { reset(call(FM_Data_Constructor1)); }
+};
+struct DataVectUniquePtr : std::unique_ptr<DataVect> {
+    DataVectUniquePtr() { reset(call(FM_DataVect_Constructor1)); }
+};
 struct RowVectUniquePtr : std::unique_ptr<RowVect> {
-    RowVectUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_RowVect_Constructor1(x); })); }
+    RowVectUniquePtr() { reset(call(FM_RowVect_Constructor1)); }
 };
 struct ExprEnvUniquePtr : std::unique_ptr<ExprEnv> {
-    ExprEnvUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_ExprEnv_Constructor1(x); })); }
+    ExprEnvUniquePtr() { reset(call(FM_ExprEnv_Constructor1)); }
 };
 struct FixPtUniquePtr : std::unique_ptr<FixPt> {
     explicit FixPtUniquePtr(int32 val = 0, int precision = kDefltFixedPrecision) {
-        reset(checked([&](_fmxcpt& x) { return FM_FixPt_Constructor1(val, precision, x); }));
+        reset(call(FM_FixPt_Constructor1, val, precision));
     }
     FixPtUniquePtr(int32 val, const FixPt& precisionExample) {
-        reset(checked(
-            [&](_fmxcpt& x) { return FM_FixPt_Constructor2(val, precisionExample, x); }));
+        reset(call(FM_FixPt_Constructor2, val, precisionExample));
     }
 };
 struct DateTimeUniquePtr : std::unique_ptr<DateTime> {
-    DateTimeUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_DateTime_Constructor1(x); })); }
+    DateTimeUniquePtr() { reset(call(FM_DateTime_Constructor1)); }
     DateTimeUniquePtr(const Text& dateText, const Locale& intl) {
-        reset(checked([&](_fmxcpt& x) { return FM_DateTime_Constructor3(dateText, intl, x); }));
+        reset(call(FM_DateTime_Constructor3, dateText, intl));
     }
 };
 struct BinaryDataUniquePtr : std::unique_ptr<BinaryData> {
-    BinaryDataUniquePtr() {
-        reset(checked([](_fmxcpt& x) { return FM_BinaryData_Constructor1(x); }));
-    }
+    BinaryDataUniquePtr() { reset(call(FM_BinaryData_Constructor1)); }
     explicit BinaryDataUniquePtr(const BinaryData& source) {
-        reset(checked([&](_fmxcpt& x) { return FM_BinaryData_Constructor2(source, x); }));
+        reset(call(FM_BinaryData_Constructor2, source));
     }
     BinaryDataUniquePtr(const Text& name, uint32 amount, void* buffer) {
-        reset(checked(
-            [&](_fmxcpt& x) { return FM_BinaryData_Constructor3(name, amount, buffer, x); }));
+        reset(call(FM_BinaryData_Constructor3, name, amount, buffer));
     }
 };
 struct QuadCharUniquePtr : std::unique_ptr<QuadChar> {
-    QuadCharUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_QuadChar_Constructor1(x); })); }
+    QuadCharUniquePtr() { reset(call(FM_QuadChar_Constructor1)); }
     QuadCharUniquePtr(char c0, char c1, char c2, char c3) {
-        reset(checked(
-            [&](_fmxcpt& x) { return FM_QuadChar_Constructor2(c0, c1, c2, c3, x); }));
+        reset(call(FM_QuadChar_Constructor2, c0, c1, c2, c3));
     }
 };
 struct LocaleUniquePtr : std::unique_ptr<Locale> {
     explicit LocaleUniquePtr(int32 type = kLocale_System) {
-        reset(checked([&](_fmxcpt& x) { return FM_Locale_Constructor1(type, x); }));
+        reset(call(FM_Locale_Constructor1, type));
     }
-    explicit LocaleUniquePtr(const Locale& copy) {
-        reset(checked([&](_fmxcpt& x) { return FM_Locale_Constructor2(copy, x); }));
-    }
+    explicit LocaleUniquePtr(const Locale& copy) { reset(call(FM_Locale_Constructor2, copy)); }
 };
 struct ColorUniquePtr : std::unique_ptr<Color> {
-    ColorUniquePtr() { reset(checked([](_fmxcpt& x) { return FM_Color_Constructor1(x); })); }
+    ColorUniquePtr() { reset(call(FM_Color_Constructor1)); }
     ColorUniquePtr(uchar r, uchar g, uchar b, uchar a = 255) {
-        reset(checked([&](_fmxcpt& x) { return FM_Color_Constructor2(r, g, b, a, x); }));
+        reset(call(FM_Color_Constructor2, r, g, b, a));
     }
 };
 struct CharacterStyleUniquePtr : std::unique_ptr<CharacterStyle> {
-    CharacterStyleUniquePtr() {
-        reset(checked([](_fmxcpt& x) { return FM_CharacterStyle_Constructor1(x); }));
-    }
+    CharacterStyleUniquePtr() { reset(call(FM_CharacterStyle_Constructor1)); }
     CharacterStyleUniquePtr(uint16 font, uint16 face, uint16 size,
                             const Color& color = Color::Black()) {
-        reset(checked([&](_fmxcpt& x) {
-            return FM_CharacterStyle_Constructor2(font, face, size, color, x);
-        }));
+        reset(call(FM_CharacterStyle_Constructor2, font, face, size, color));
     }
     explicit CharacterStyleUniquePtr(const CharacterStyle& style) {
-        reset(checked([&](_fmxcpt& x) { return FM_CharacterStyle_Constructor3(style, x); }));
+        reset(call(FM_CharacterStyle_Constructor3, style));
     }
 };
+
+inline errcode ExprEnv::Evaluate(std::string_view expression, Data& result) const {
+    return Evaluate(*TextUniquePtr(expression), result);
+}
 
 // The older owning-pointer names, kept as aliases of the unique kinds.
 using TextAutoPtr = TextUniquePtr;

@@ -4,10 +4,11 @@
 
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
 #include "frame/inline_doc.h"
-#include "info/answer_error.h"
+#include "frame/last_error.h"
+#include "info/functions.h"
 #include "info/sort_numbers.h"
 
 namespace {
@@ -27,12 +28,6 @@ void setNow(fmx::Data& result) {
     fmx::DateTimeUniquePtr now;
     fmlib::SetDateTimeToNow(*now);
     result.SetAsTimeStamp(*now, fmx::kDTTimeStamp);
-}
-
-void setText(const char* text, fmx::Data& result) {
-    fmx::TextUniquePtr value;
-    value->Assign(text, fmx::kEncoding_Native);
-    result.SetAsText(*value, result.GetLocale(), fmx::kDTText);
 }
 
 }  // namespace
@@ -62,7 +57,7 @@ fmx::errcode Ravelin_Get(short, const fmx::ExprEnv& env, const fmx::DataVect& ar
                 rvl::GetLastScriptStderr(result, env);
                 break;
             case kInlineDocumentation:
-                setText(getHumanReadableState(), result);
+                fmlib::SetResultText(result, getHumanReadableState());
                 break;
             default:
                 rvl::AnswerBadParameters("Unrecognized selector", env, result);

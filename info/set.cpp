@@ -6,12 +6,12 @@
 
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
 #include "frame/inline_doc.h"
 #include "frame/registry.h"
 #include "globals/store.h"
-#include "info/answer_error.h"
+#include "info/functions.h"
 
 namespace {
 
@@ -37,11 +37,8 @@ void setInlineDocumentation(const fmx::DataVect& args, fmx::Data& result) {
     } else {
         turnOnInlineDoc();
     }
-    UnRegisterExternalFunctions();
-    RegisterExternalFunctions();
-    fmx::TextUniquePtr state;
-    state->Assign(getHumanReadableState(), fmx::kEncoding_Native);
-    result.SetAsText(*state, result.GetLocale(), fmx::kDTText);
+    RegisterFunctionsAgain();
+    fmlib::SetResultText(result, getHumanReadableState());
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <vector>
 
+#include "fmlib/convert.h"
+
 namespace rvl {
 
 namespace {
@@ -47,9 +49,7 @@ void SortNumberInFMText(const fmx::Text& list, fmx::Data& result) {
     std::vector<char> bytes(list.GetSize() + std::size_t{1}, '\0');
     list.GetBytes(bytes.data(), static_cast<fmx::uint32>(bytes.size()), 0, fmx::kSize_End,
                   fmx::kEncoding_ASCII_Mac);
-    fmx::TextUniquePtr sorted;
-    sorted->Assign(sortNumberLines(bytes.data()).c_str(), fmx::kEncoding_ASCII_Mac);
-    result.SetAsText(*sorted, result.GetLocale(), fmx::kDTText);
+    fmlib::SetResultText(result, sortNumberLines(bytes.data()), fmx::kEncoding_ASCII_Mac);
 }
 
 }  // namespace rvl

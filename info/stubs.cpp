@@ -1,16 +1,16 @@
 // Functions kept for solutions written for desktop hosts: this platform has no printers, special
 // windows, script shortcuts or system scripts, so each only reports that (-4).
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
-#include "info/answer_error.h"
+#include "info/functions.h"
 
 namespace {
 
 constexpr char kUnsupported[] = "iOS doesn't support this function.";
 
 fmx::errcode answerNotSupported(const char* message, const fmx::ExprEnv& env, fmx::Data& result) {
-    return rvl::RunInExceptionFrame(
-        env, result, [&] { rvl::AnswerError(rvl::kNotSupported, message, env, result); });
+    return rvl::RunInExceptionFrame(env, result,
+                                    [&] { rvl::AnswerNotSupported(message, env, result); });
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "frame/functions.h"
+#include "info/functions.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
 // Ravelin_ValueType( value ): the name of the value's native type.
 #include <iterator>
 
+#include "fmlib/convert.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
+#include "info/functions.h"
 
 namespace {
 
@@ -20,10 +21,7 @@ const char* typeName(fmx::Data::DataType type) {
 // Answers 0 in every case, also when the frame caught an exception.
 fmx::errcode Ravelin_ValueType(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
                                fmx::Data& result) {
-    rvl::RunInExceptionFrame(env, result, [&] {
-        fmx::TextUniquePtr name;
-        name->Assign(typeName(args.At(0).GetNativeType()), fmx::kEncoding_Native);
-        result.SetAsText(*name, result.GetLocale(), fmx::kDTText);
-    });
+    rvl::RunInExceptionFrame(
+        env, result, [&] { fmlib::SetResultText(result, typeName(args.At(0).GetNativeType())); });
     return 0;
 }

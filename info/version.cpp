@@ -4,9 +4,10 @@
 #include <cstdio>
 #include <string>
 
+#include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
-#include "frame/functions.h"
 #include "frame/strings.h"
+#include "info/functions.h"
 
 namespace {
 
@@ -21,9 +22,7 @@ void assignPluginNameAndVersion(fmx::Text& text) {
     std::array<fmx::unichar16, kNameUnits> name{};
     ReadString(name.data(), kNameUnits, kPluginName);
     text.AssignUnicode(name.data());
-    fmx::TextUniquePtr version;
-    version->Assign((std::string(" ") + kPluginVersion).c_str(), fmx::kEncoding_Native);
-    text.AppendText(*version, 0, fmx::kSize_End);
+    text.AppendText(*fmx::TextUniquePtr(std::string(" ") + kPluginVersion), 0, fmx::kSize_End);
 }
 
 std::string autoUpdateNumber() {
@@ -51,12 +50,12 @@ fmx::errcode Ravelin_Version(short, const fmx::ExprEnv&, const fmx::DataVect& ar
             text->Assign("iOS", fmx::kEncoding_Native);
             break;
         case kAutoUpdate:
-            text->Assign(autoUpdateNumber().c_str(), fmx::kEncoding_Native);
+            text->Assign(autoUpdateNumber(), fmx::kEncoding_Native);
             break;
         default:  // "short", and any word it does not know
             text->Assign(kPluginVersion, fmx::kEncoding_Native);
             break;
     }
-    result.SetAsText(*text, result.GetLocale(), fmx::kDTText);
+    fmlib::SetResultText(result, *text);
     return 0;
 }

@@ -7,34 +7,17 @@
 // span ended, so a template costs time linear in its size.
 #include "merge/merge_text.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "fmlib/convert.h"
+#include "fmlib/stop.h"
+#include "frame/answers.h"
 #include "frame/exception_frame.h"
-#include "frame/functions.h"
+#include "merge/functions.h"
 #include "merge/results_map.h"
 
 namespace {
 
 constexpr fmx::uint32 kNotFound = 0xFFFFFFFF;
 constexpr fmx::uint32 kMarkerSize = 2;
-
-// Kept in every build: reaching the merge without an argument is a bug in this plug-in, never
-// the user's input (Ravelin_MergeText answers that case itself).
-void assertHasArgument(const fmx::DataVect& dataVect) {
-    if (dataVect.Size() > 0) return;
-    std::fprintf(stderr,
-                 "Assertion failed: (dataVect.Size() > 0), function PerformMergeText, file "
-                 "Sources/Ravelin_MergeText, line 99.\n");
-    std::abort();
-}
-
-fmx::TextUniquePtr marker(const char* ascii) {
-    fmx::TextUniquePtr text;
-    text->Assign(ascii, fmx::kEncoding_Native);
-    return text;
-}
 
 // Appends the value of one expression: from the cache, else evaluated (and then cached). A
 // failing expression stands for itself and is not cached, so it is tried again where it recurs.
@@ -58,14 +41,15 @@ void appendEvaluated(const fmx::ExprEnv& env, const fmx::Text& expression, Resul
 }  // namespace
 
 void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fmx::Data& result) {
-    assertHasArgument(dataVect);
+    // Ravelin_MergeText answers a call without arguments itself: only a bug gets here without.
+    fmlib::StopUnless(dataVect.Size() > 0, "dataVect.Size() > 0", __func__);
     fmx::TextUniquePtr source;
     source->AppendText(dataVect.AtAsText(0));
     fmx::TextUniquePtr output;
     fmx::TextUniquePtr expression;
     ResultsMap cache;
-    const fmx::TextUniquePtr open = marker("<<");
-    const fmx::TextUniquePtr close = marker(">>");
+    const fmx::TextUniquePtr open("<<");
+    const fmx::TextUniquePtr close(">>");
 
     fmx::uint32 p = 0;
     for (;;) {
@@ -86,17 +70,13 @@ void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fm
         p = c + kMarkerSize;
     }
     output->AppendText(*source, p, fmx::kSize_End);
-    result.SetAsText(*output, result.GetLocale(), fmx::kDTText);
+    fmlib::SetResultText(result, *output);
 }
 
 fmx::errcode Ravelin_MergeText(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
                                fmx::Data& result) {
     return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 1) {
-            rvl::SetLastError(rvl::kBadParameters, "Not enough parameters", env);
-            fmlib::FMErrCode2FMData(rvl::kBadParameters, result);
-            return;
-        }
+        if (args.Size() < 1) return rvl::AnswerBadParameters("Not enough parameters", env, result);
         PerformMergeText(env, args, result);
     });
 }

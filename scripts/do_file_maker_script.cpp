@@ -1,8 +1,9 @@
 #include "scripts/do_file_maker_script.h"
 
 #include "fmlib/convert.h"
-#include "frame/functions.h"
+#include "frame/answers.h"
 #include "frame/last_error.h"
+#include "scripts/functions.h"
 #include "scripts/host_script.h"
 #include "scripts/platform_log.h"
 
@@ -10,29 +11,20 @@ namespace {
 
 constexpr fmx::errcode kWrongTimestamp = -1001;
 constexpr double kSecondsInADay = 86400.0;
-constexpr char kFileNameCalculation[] = "Get(FileName)";
 constexpr char kScriptNamesCalculation[] = "ScriptNames( \"\" )";
 constexpr fmx::uint32 kFileNamePosition = 14;  // between the two quotation marks
 
-fmx::TextUniquePtr hostText(const char* s) {
-    fmx::TextUniquePtr text;
-    text->Assign(s);
-    return text;
-}
-
 // The evaluation's error is not looked at: a failed one leaves the name empty.
 fmx::TextUniquePtr callingFileName(const fmx::ExprEnv& env) {
-    fmx::DataUniquePtr value;
-    env.Evaluate(*hostText(kFileNameCalculation), *value);
     fmx::TextUniquePtr name;
-    name->SetText(value->GetAsText());
+    fmlib::EvaluateFileName(env, fmlib::kFileNameCalculation, *name);
     return name;
 }
 
 // Empty, or argument 2 as text, so that a number or a date reaches the script as its text.
 fmx::DataUniquePtr scriptParameter(const fmx::DataVect& args) {
     fmx::DataUniquePtr parameter;
-    if (args.Size() >= 2) parameter->SetAsText(args.AtAsText(1), parameter->GetLocale());
+    if (args.Size() >= 2) fmlib::SetResultText(*parameter, args.AtAsText(1));
     return parameter;
 }
 
@@ -54,7 +46,7 @@ double secondsAhead(const fmx::DataVect& args) {
 }
 
 fmx::TextUniquePtr framedByReturns(const fmx::Text& text) {
-    const fmx::TextUniquePtr cr = hostText("\r");
+    const fmx::TextUniquePtr cr("\r");
     fmx::TextUniquePtr framed;
     framed->SetText(*cr);
     framed->AppendText(text);
@@ -62,17 +54,11 @@ fmx::TextUniquePtr framedByReturns(const fmx::Text& text) {
     return framed;
 }
 
-fmx::errcode answerBadParameters(const char* message, const fmx::ExprEnv& env, fmx::Data& result) {
-    rvl::SetLastError(rvl::kBadParameters, message, env);
-    fmlib::FMErrCode2FMData(rvl::kBadParameters, result);
-    return 0;
-}
-
 }  // namespace
 
 bool IsScriptNameValidInFile(const fmx::Text& scriptName, const fmx::Text& fileName,
                              const fmx::ExprEnv& env) {
-    const fmx::TextUniquePtr calculation = hostText(kScriptNamesCalculation);
+    const fmx::TextUniquePtr calculation(kScriptNamesCalculation);
     calculation->InsertText(fileName, kFileNamePosition);
     fmx::DataUniquePtr names;
     if (env.Evaluate(*calculation, *names) != 0) return false;
@@ -94,8 +80,11 @@ fmx::errcode doFileMakerScript(const fmx::ExprEnv& env, const fmx::DataVect& arg
     // A call that succeeds leaves no earlier error behind.
     rvl::SetLastError(rvl::kNoError, "", env);
     const fmx::uint32 count = args.Size();
-    if (count == 0) return answerBadParameters("Not enough parameters", env, result);
-    if (count > 3) return answerBadParameters("Too many parameters", env, result);
+    if (count == 0 || count > 3) {
+        rvl::AnswerBadParameters(count == 0 ? "Not enough parameters" : "Too many parameters", env,
+                                 result);
+        return 0;
+    }
 
     const fmx::DataUniquePtr parameter = scriptParameter(args);
     const fmx::TextUniquePtr name = scriptName(args);
@@ -121,7 +110,8 @@ fmx::errcode doFileMakerScript(const fmx::ExprEnv& env, const fmx::DataVect& arg
 
     const fmx::TextUniquePtr fileName = callingFileName(env);
     if (!IsScriptNameValidInFile(*name, *fileName, env)) {
-        return answerBadParameters("Invalid script name", env, result);
+        rvl::AnswerBadParameters("Invalid script name", env, result);
+        return 0;
     }
     scheduler.scheduleScript(fmlib::StringFromFmText(*name), fmlib::StringFromFmText(*fileName),
                              fmlib::StringFromFmText(parameter->GetAsText()), delay);

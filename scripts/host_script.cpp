@@ -1,5 +1,6 @@
 #include "scripts/host_script.h"
 
+#include "fmlib/convert.h"
 #include "frame/plugin_state.h"
 
 fmx::errcode startHostScript(const fmx::Text& fileName, const fmx::Text& scriptName,
@@ -12,11 +13,8 @@ fmx::errcode startHostScript(const fmx::Text& fileName, const fmx::Text& scriptN
 }
 
 fmx::errcode startScheduledScript(const FileMakerScript& script) {
-    fmx::TextUniquePtr fileName, scriptName, parameterText;
-    fileName->Assign(script.file_name.c_str(), fmx::kEncoding_Native);
-    scriptName->Assign(script.script_name.c_str(), fmx::kEncoding_Native);
-    parameterText->Assign(script.script_parameters.c_str(), fmx::kEncoding_Native);
+    const fmx::TextUniquePtr fileName(script.file_name), scriptName(script.script_name);
     fmx::DataUniquePtr parameter;
-    parameter->SetAsText(*parameterText, parameter->GetLocale());
+    fmlib::SetResultText(*parameter, script.script_parameters);
     return startHostScript(*fileName, *scriptName, *parameter);
 }

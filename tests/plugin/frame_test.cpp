@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "frame/lifecycle.h"
-#include "frame/not_implemented.h"
+#include "entry/function_table.h"
+#include "entry/lifecycle.h"
+#include "frame/answers.h"
 #include "frame/registry.h"
 #include "plugin_test_support.h"
 #include "sim/encoding.h"
@@ -143,7 +144,7 @@ TEST_F(DoGetString, NamesArePrototypesUpToTheParenthesis) {
     };
     for (const auto& c : cases) {
         fmx::TextUniquePtr text;
-        Do_GetString(c.stringId, *text, c.nameOnly);
+        Do_GetString(functionTable(), c.stringId, *text, c.nameOnly);
         EXPECT_EQ(plugin_test::unitsOf(*text), c.text) << c.stringId;
     }
 }

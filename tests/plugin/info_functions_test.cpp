@@ -5,9 +5,9 @@
 #include <ctime>
 #include <string>
 
-#include "frame/functions.h"
 #include "frame/strings.h"
 #include "globals/store.h"
+#include "info/functions.h"
 #include "info/sort_numbers.h"
 #include "info_test_support.h"
 #include "sim/encoding.h"
@@ -158,8 +158,7 @@ TEST_F(InfoFunctions, TimestampsAreLocalTime) {
     setenv("TZ", "RVL-5:30", 1);
     tzset();
     const info_test::Answer function = callLoaded(session_, u"Ravelin_GetTimestamp", {});
-    const info_test::Answer selector =
-        callLoaded(session_, u"Ravelin_Get", {text(u"timestamp")});
+    const info_test::Answer selector = callLoaded(session_, u"Ravelin_Get", {text(u"timestamp")});
     const double expected = sim::localNow().seconds();
     saved ? setenv("TZ", previous.c_str(), 1) : unsetenv("TZ");
     tzset();

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "frame/functions.h"
+#include "merge/functions.h"
 #include "merge/results_map.h"
 #include "sim/handles.h"
 #include "sim/session/env.h"

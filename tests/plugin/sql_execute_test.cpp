@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
-#include "frame/functions.h"
 #include "sim/encoding.h"
 #include "sim/faults.h"
 #include "sim/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
+#include "sql/functions.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
-#include "frame/lifecycle.h"
+#include "entry/lifecycle.h"
 
-#include "frame/idle.h"
+#include "scripts/host_script.h"
+#include "scripts/ravelin.h"
 
 // Nothing to prepare or release on this platform: the subsystems' state lives in statics that
 // are built on first use and destroyed when the library is unloaded.
@@ -8,7 +9,8 @@ bool Startup() { return true; }
 void Shutdown() {}
 void Preferences() {}
 
-void SafeIdle() { performScheduledScripts(); }
+// The only place where scheduled scripts start.
+void SafeIdle() { Ravelin::instance().performScheduledScripts(startScheduledScript); }
 void SemiSafeIdle(FMX_IdleLevel) {}
 void UnsafeIdle() {}
 

@@ -1,10 +1,11 @@
 // The plug-in's only exported symbol: the host calls it for every lifecycle event.
-#include "frame/entry.h"
+#include "entry/entry.h"
 
 #include <algorithm>
 #include <vector>
 
-#include "frame/lifecycle.h"
+#include "entry/function_table.h"
+#include "entry/lifecycle.h"
 #include "frame/plugin_state.h"
 #include "frame/registry.h"
 #include "frame/strings.h"
@@ -17,8 +18,9 @@ constexpr short kNewestHost = kMaxExtnVersion;       // 255
 
 short initialise(short hostVersion) {
     if (hostVersion < kOldestHost || hostVersion > kNewestHost) return kBadExtnVersion;
+    const RegistrationLock lock;
     if (!Startup()) return kDoNotEnable;
-    if (!RegisterExternalFunctions()) {
+    if (!RegisterExternalFunctions(lock, functionTable())) {
         Shutdown();
         return kDoNotEnable;
     }
@@ -43,8 +45,9 @@ void idle(FMX_IdleLevel kind) {
 }
 
 void shutdown() {
+    const RegistrationLock lock;
     gPlugInInitialized = false;
-    UnRegisterExternalFunctions();
+    UnRegisterExternalFunctions(lock);
     Shutdown();
 }
 

@@ -1,7 +1,6 @@
-// Functions registered before their bodies exist. To implement one, define it in its own folder
-// (signature in frame/functions.h) and delete its line here.
-#include "frame/functions.h"
-#include "frame/not_implemented.h"
+#include "entry/placeholders.h"
+
+#include "frame/answers.h"
 
 #define NOT_IMPLEMENTED_YET(name)                                                                \
     fmx::errcode name(short, const fmx::ExprEnv& env, const fmx::DataVect&, fmx::Data& result) { \
