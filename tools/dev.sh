@@ -24,9 +24,9 @@ install_missing() {
   fi
 }
 
-build() {  # build DIR [cmake options...]
-  local dir=$1; shift
-  cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+build() {  # build DIR BUILD_TYPE [cmake options...]
+  local dir=$1 type=$2; shift 2
+  cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE="$type" "$@" >/dev/null
   cmake --build "$dir" -j "$jobs"
 }
 
@@ -37,27 +37,29 @@ run_tests() {  # run_tests DIR
 case "${1:-}" in
   demo)
     install_missing
-    build "$root/build"
+    build "$root/build" Release
     bash "$root/demo/run.sh" "$root/build"
     ;;
   test)
     install_missing
-    build "$root/build"
+    # The configuration users build, then the sanitizers (with debug information for their
+    # reports). Our own checks treat warnings as errors.
+    build "$root/build" Release -DRAVELIN_WERROR=ON
     run_tests "$root/build"
-    build "$root/build-asan" -DRAVELIN_SANITIZE=address,undefined
+    build "$root/build-asan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=address,undefined
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
-    build "$root/build-tsan" -DRAVELIN_SANITIZE=thread
+    build "$root/build-tsan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=thread
     TSAN_OPTIONS=halt_on_error=1 run_tests "$root/build-tsan"
     ;;
   bench)
     install_missing sqlite3
-    build "$root/build-bench" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF
+    build "$root/build-bench" Release -DBUILD_TESTING=OFF
     cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
     (cd "$root/build-bench" && ./ravelin_bench "${@:2}")
     ;;
   fuzz)
     install_missing clang
-    CC=clang CXX=clang++ build "$root/build-fuzz" -DRAVELIN_FUZZ=ON \
+    CC=clang CXX=clang++ build "$root/build-fuzz" RelWithDebInfo -DRAVELIN_FUZZ=ON \
       -DRAVELIN_SANITIZE=address,undefined -DBUILD_TESTING=OFF
     for fuzzer in "$root"/build-fuzz/*_fuzz; do
       name=$(basename "$fuzzer" _fuzz)

@@ -64,7 +64,7 @@ TEST(Number, SixteenDigitsAgreeWithTheGeneralConversion) {
     for (double d : samples) {
         if (d < 1e-4 || d >= 1e15) continue;
         ASSERT_EQ(utf8(formatNumber({d})), reference(d)) << d;
-        ASSERT_EQ(utf8(formatNumber({-d})), "-" + reference(d)) << d;
+        ASSERT_EQ(utf8(formatNumber({-d})), std::string("-").append(reference(d))) << d;
     }
 }
 
