@@ -37,12 +37,18 @@ std::optional<std::vector<std::u16string>> HostContext::scriptNames(std::u16stri
 
 DateTime HostContext::now() { return host_.now(); }
 
+// Asks the host every time, so that a function unregistered meanwhile (by the calculation's own
+// arguments or by another thread) is missing at its call, not called from a stale copy.
 const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {
-    if (auto known = found_.find(name); known != found_.end()) return &known->second;
     std::optional<RegisteredFunction> f = host_.findFunction(name);
     if (!f) return nullptr;
     calc::ExternalFunction entry{f->name, f->id, f->minArgs, f->maxArgs, f->function};
-    return &found_.emplace(std::u16string(name), std::move(entry)).first->second;
+    auto known = found_.find(name);
+    if (known == found_.end()) {
+        return &found_.emplace(std::u16string(name), std::move(entry)).first->second;
+    }
+    known->second = std::move(entry);
+    return &known->second;
 }
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,

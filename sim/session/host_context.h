@@ -37,8 +37,8 @@ private:
     std::u16string file_;
     std::shared_ptr<Variables> globals_;
     std::shared_ptr<Variables> locals_;
-    // Functions found so far, by the name asked for: the engine keeps the pointers, and a
-    // function may be unregistered by another thread meanwhile.
+    // The last answer for each name asked for: findFunction returns a pointer into it, which
+    // stays valid while the host's table changes under other threads.
     std::map<std::u16string, calc::ExternalFunction, std::less<>> found_;
 };
 

@@ -16,6 +16,24 @@ ScriptRunRecord recordOf(const ScriptRun& run) {
     return {toUtf8(run.request.script), toUtf8(run.request.file), toUtf8(run.request.parameter)};
 }
 
+// The shell's form of a result. Only the host's own failures (memory) throw: plug-in exceptions
+// are caught at the call.
+template <typename Evaluate>
+EvalResult resultOf(Evaluate&& evaluate) {
+    EvalResult out;
+    try {
+        calc::Result r = evaluate();
+        out.value = std::move(r.value);
+        out.error = r.error;
+    } catch (...) {
+        out.value = Value{};
+        out.error = kGenericCalcError;
+    }
+    out.type = typeName(out.value.type());
+    out.text = toUtf8(out.value.asText().units());
+    return out;
+}
+
 }  // namespace
 
 std::string typeName(Type t) {
@@ -93,23 +111,18 @@ void Session::recordRun(const ScriptRun& run) {
     if (options_.onScriptRun) options_.onScriptRun(record);
 }
 
-EvalResult Session::eval(std::string_view calcUtf8) { return eval(calcUtf8, {}); }
+EvalResult Session::eval(std::string_view calcUtf8) { return eval(calcUtf8, std::string_view()); }
 
 EvalResult Session::eval(std::string_view calcUtf8, std::string_view file) {
-    EvalResult out;
-    try {
-        calc::Result r = host_.evaluateTopLevel(fromUtf8(calcUtf8), fromUtf8(file));
-        out.value = std::move(r.value);
-        out.error = r.error;
-    } catch (...) {
-        // Only the host's own failures (memory) get here: plug-in exceptions are caught at
-        // the call.
-        out.value = Value{};
-        out.error = kGenericCalcError;
-    }
-    out.type = typeName(out.value.type());
-    out.text = toUtf8(out.value.asText().units());
-    return out;
+    return resultOf([&] { return host_.evaluateTopLevel(fromUtf8(calcUtf8), fromUtf8(file)); });
+}
+
+EvalResult Session::eval(std::string_view calcUtf8, const Env& env) {
+    return resultOf([&] {
+        calc::Result r = host_.evaluate(fromUtf8(calcUtf8), env);
+        host_.runQueuedScripts();
+        return r;
+    });
 }
 
 void Session::idle(FMX_IdleLevel kind) {

@@ -77,6 +77,9 @@ public:
     // runs the scripts it started. Safe from several threads at once.
     EvalResult eval(std::string_view calcUtf8);
     EvalResult eval(std::string_view calcUtf8, std::string_view file);
+    // The same in an environment the caller keeps, such as a thread's own: its file and its
+    // "$" variables.
+    EvalResult eval(std::string_view calcUtf8, const Env& env);
 
     // One idle call of `kind` to the plug-in, then the queued scripts run.
     void idle(FMX_IdleLevel kind);

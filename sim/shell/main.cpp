@@ -8,12 +8,14 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <mutex>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "sim/session/json.h"
 #include "sim/session/session.h"
+#include "sim/shell/concurrent.h"
 #include "sim/shell/options.h"
 
 namespace {
@@ -21,6 +23,7 @@ namespace {
 constexpr short kStarted = 57;
 constexpr int kExitInitFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitThreadsFailed = 3;
 
 std::string defaultPluginPath() {
     std::error_code ec;
@@ -39,6 +42,7 @@ std::string readFile(const std::string& path) {
 
 // Prints results and script runs. A script started by a calculation runs before the
 // calculation's result comes back from the session, but it is printed after that result.
+// Script runs may come from the -t threads.
 class Printer {
 public:
     explicit Printer(bool json) : json_(json), terminal_(isatty(STDOUT_FILENO)) {}
@@ -54,10 +58,15 @@ public:
         std::cout.flush();
     }
 
+    void tally(const fmsim::Tally& t) {
+        std::cout << (json_ ? fmsim::jsonLine(t) : fmsim::plainLine(t, terminal_)) << std::endl;
+    }
+
     void scriptRun(const sim::ScriptRunRecord& run) {
         std::string line = json_ ? sim::json::scriptLine(run.script, run.file, run.parameter)
                                  : "script " + run.script + " in " + run.file +
                                        " with parameter \"" + forDisplay(run.parameter) + "\"";
+        std::lock_guard lock(mutex_);
         if (holding_) {
             held_.push_back(std::move(line));
         } else {
@@ -65,8 +74,12 @@ public:
         }
     }
 
-    void hold() { holding_ = true; }
+    void hold() {
+        std::lock_guard lock(mutex_);
+        holding_ = true;
+    }
     void release() {
+        std::lock_guard lock(mutex_);
         holding_ = false;
         for (const std::string& line : held_) std::cout << line << '\n';
         held_.clear();
@@ -87,6 +100,7 @@ private:
 
     bool json_;
     bool terminal_;
+    std::mutex mutex_;
     bool holding_ = false;
     std::vector<std::string> held_;
 };
@@ -155,7 +169,18 @@ int main(int argc, char** argv) {
         return kExitInitFailed;
     }
 
-    if (options.calculations.empty()) {
+    if (!options.concurrent.empty()) {
+        try {
+            for (const fmsim::Tally& t : fmsim::runConcurrently(*session, options.concurrent,
+                                                                options.threads, options.repeat)) {
+                printer.tally(t);
+            }
+        } catch (const std::exception& e) {  // no thread or memory left
+            std::cerr << "fmsim: the -t threads could not run: " << e.what() << '\n';
+            return kExitThreadsFailed;
+        }
+    }
+    if (options.calculations.empty() && options.concurrent.empty()) {
         readCalculations(*session, printer);
     } else {
         for (const std::string& calc : options.calculations) evaluate(*session, printer, calc);

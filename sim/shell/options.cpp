@@ -8,7 +8,7 @@
 namespace fmsim {
 
 const char* const kUsage =
-    "usage: fmsim [options] [-e CALC]...\n"
+    "usage: fmsim [options] [-t CALC]... [-e CALC]...\n"
     "  --plugin PATH        plug-in to load (default: Ravelin.fmx beside fmsim)\n"
     "  --file NAME          name of the current file (default Demo)\n"
     "  --db PATH            SQLite database holding the current file's tables (default: empty, "
@@ -24,7 +24,18 @@ const char* const kUsage =
     "started scripts\n"
     "  --json               JSON lines output\n"
     "  -e CALC              evaluate CALC; several are evaluated in order in one session\n"
-    "  (no -e)              read calculations from standard input, one per line\n";
+    "  -t CALC              evaluate CALC on every thread at once, before the -e calculations; "
+    "several are evaluated in order (repeatable)\n"
+    "  --threads N          threads evaluating the -t calculations, each with its own \"$\" "
+    "variables (default 1)\n"
+    "  --repeat K           times each thread evaluates the -t calculations (default 1)\n"
+    "  (no -e, no -t)       read calculations from standard input, one per line\n"
+    "Each -t calculation prints one line once every thread has finished: the calculation, then "
+    "for each\n"
+    "distinct result a tab, the result as -e prints it, and \" xCOUNT\"; most frequent first. "
+    "With --json:\n"
+    "{\"calc\": C, \"results\": [{\"type\": T, \"text\": S, \"error\": N, \"count\": K}, "
+    "...]}\n";
 
 namespace {
 
@@ -37,6 +48,17 @@ short parseShort(const std::string& option, const std::string& text) {
         throw UsageError(option + " needs a whole number, not \"" + text + "\"");
     }
     return static_cast<short>(value);
+}
+
+int parseCount(const std::string& option, const std::string& text, int max) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    auto [ptr, ec] = std::from_chars(text.data(), end, value);
+    if (ec != std::errc() || ptr != end || text.empty() || value < 1 || value > max) {
+        throw UsageError(option + " needs a whole number from 1 to " + std::to_string(max) +
+                         ", not \"" + text + "\"");
+    }
+    return value;
 }
 
 double parseSeconds(const std::string& option, const std::string& text) {
@@ -57,6 +79,8 @@ double parseSeconds(const std::string& option, const std::string& text) {
 
 Options parseArguments(const std::vector<std::string>& args) {
     Options o;
+    bool threadsGiven = false;
+    bool repeatGiven = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string option = args[i];
         std::optional<std::string> inlineValue;
@@ -77,6 +101,14 @@ Options parseArguments(const std::vector<std::string>& args) {
 
         if (option == "-e") {
             o.calculations.push_back(value());
+        } else if (option == "-t") {
+            o.concurrent.push_back(value());
+        } else if (option == "--threads") {
+            o.threads = parseCount(option, value(), kMaxThreads);
+            threadsGiven = true;
+        } else if (option == "--repeat") {
+            o.repeat = parseCount(option, value(), std::numeric_limits<int>::max());
+            repeatGiven = true;
         } else if (option == "--plugin") {
             o.session.pluginPath = value();
             if (o.session.pluginPath.empty()) throw UsageError("--plugin needs a path");
@@ -114,6 +146,10 @@ Options parseArguments(const std::vector<std::string>& args) {
         } else {
             throw UsageError("unknown option " + option);
         }
+    }
+    if (o.concurrent.empty() && (threadsGiven || repeatGiven)) {
+        throw UsageError(std::string(threadsGiven ? "--threads" : "--repeat") +
+                         " needs at least one -t calculation");
     }
     return o;
 }

@@ -14,10 +14,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// More threads than a server's script engine would run are a typing mistake, not a test.
+constexpr int kMaxThreads = 1024;
+
 struct Options {
     sim::SessionOptions session;  // pluginPath empty: the default beside the executable
     std::string seedPath;
     std::vector<std::string> calculations;  // -e, in order
+    std::vector<std::string> concurrent;    // -t, in order
+    int threads = 1;                        // --threads: how many run the -t calculations at once
+    int repeat = 1;                         // --repeat: how often each thread runs them
     double idleSeconds = 0;
     bool json = false;
     bool help = false;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -88,6 +89,55 @@ TEST(Fmsim, SeedAndScriptsBelongToTheCurrentFile) {
                                " -e 'Ravelin_ExecuteSQL ( \"SELECT COUNT ( * ) FROM Contacts\" )'");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.output, "One\rTwo\n4\n");
+}
+
+TEST(Fmsim, BadThreadOptionsNameTheOption) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"--threads 0 -t 1", "--threads"},
+        {"--threads two -t 1", "--threads"},
+        {"--threads 1.5 -t 1", "--threads"},
+        {"--threads 100000 -t 1", "--threads"},
+        {"--repeat -3 -t 1", "--repeat"},
+        {"--repeat= -t 1", "--repeat"},
+        {"--threads 2 -e 1", "--threads"},
+        {"--repeat 2", "--repeat"},
+        {"-t", "-t"},
+    };
+    for (const auto& [args, option] : cases) {
+        const FmsimRun run = fmsim(args, true);
+        EXPECT_EQ(run.exitCode, 2) << args;
+        EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << args << ": " << run.output;
+        EXPECT_NE(run.output.find(option), std::string::npos) << args << ": " << run.output;
+    }
+}
+
+// Each thread has "$" variables of its own; "$$" variables and scripts belong to the file. Script
+// runs print as they happen, the -t lines after every thread has finished, then the -e results.
+TEST(Fmsim, ConcurrentCalculationsPrintTheirDistinctResults) {
+    const FmsimRun run = fmsim(
+        "--script 'Hello=Get ( ScriptParameter )' --threads 2 --repeat 3"
+        " -t 'Let ( $n = $n + 1 ; Min ( $n ; 2 ) )' -t 'Let ( $$seen = 1 ; \"a¶b\" )' -t '1 +'"
+        " -t 'Ravelin_DoFileMakerScript ( \"Hello\" ; 5 )' -e '$n' -e '$$seen'");
+    EXPECT_EQ(run.exitCode, 0);
+    std::string scripts;
+    for (int i = 0; i < 6; ++i) scripts += "script Hello in Demo with parameter \"5\"\n";
+    EXPECT_EQ(run.output, scripts +
+                              "Let ( $n = $n + 1 ; Min ( $n ; 2 ) )\t2 x4\t1 x2\n"
+                              "Let ( $$seen = 1 ; \"a¶b\" )\ta\rb x6\n"
+                              "1 +\t? (error 1203) x6\n"
+                              "Ravelin_DoFileMakerScript ( \"Hello\" ; 5 )\t0 x6\n"
+                              "\n1\n");
+}
+
+TEST(Fmsim, ConcurrentCalculationsAsJsonAndWithoutStandardInput) {
+    const FmsimRun run =
+        fmsim("--json --threads 3 --repeat 2 -t 'Ravelin_Version' -t '1 +'", false, "2 * 21");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.output,
+              "{\"calc\": \"Ravelin_Version\", \"results\": [{\"type\": \"Text\", \"text\": "
+              "\"3.0.3\", \"error\": 0, \"count\": 6}]}\n"
+              "{\"calc\": \"1 +\", \"results\": [{\"type\": \"\", \"text\": \"\", "
+              "\"error\": 1203, \"count\": 6}]}\n");
 }
 
 }  // namespace
