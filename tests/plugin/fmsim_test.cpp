@@ -140,4 +140,15 @@ TEST(Fmsim, ConcurrentCalculationsAsJsonAndWithoutStandardInput) {
               "\"error\": 1203, \"count\": 6}]}\n");
 }
 
+// Re-registration storms on eight threads leave the whole table registered.
+TEST(Fmsim, ReRegisteringOnManyThreadsEndsWithEveryFunction) {
+    const FmsimRun run = fmsim(
+        "--threads 8 --repeat 200 -t 'Ravelin_Set ( \"inlineDocumentation\" ; \"on\" )'"
+        " -e 'Ravelin_Version' -e 'Ravelin_ValueType ( 1 )'");
+    EXPECT_EQ(run.exitCode, 0);
+    const std::string tail = "3.0.3\nNumber\n";
+    ASSERT_GE(run.output.size(), tail.size());
+    EXPECT_EQ(run.output.substr(run.output.size() - tail.size()), tail) << run.output;
+}
+
 }  // namespace
