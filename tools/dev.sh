@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # One entry point for building Ravelin on Debian 12: installs what is missing, configures and
 # builds, then runs the demo, the tests or the benchmarks.
-#   tools/dev.sh demo    build and run the demo in fmsim
+#   tools/dev.sh demo    build the plug-in and fmsim, and run the demo
 #   tools/dev.sh test    build and run every test, plain and under the sanitizers
 #   tools/dev.sh bench   build and run the benchmarks
+#   tools/dev.sh package build Ravelin-VERSION-linux-x86_64.tar.gz, the folder for a server
 #   tools/dev.sh fuzz [SECONDS]   build the fuzzers with clang and run each for SECONDS (60)
 set -euo pipefail
 
@@ -24,10 +25,14 @@ install_missing() {
   fi
 }
 
-build() {  # build DIR BUILD_TYPE [cmake options...]
+configure() {  # configure DIR BUILD_TYPE [cmake options...]
   local dir=$1 type=$2; shift 2
   cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE="$type" "$@" >/dev/null
-  cmake --build "$dir" -j "$jobs"
+}
+
+build() {  # build DIR BUILD_TYPE [cmake options...]: everything, tests included
+  configure "$@"
+  cmake --build "$1" -j "$jobs"
 }
 
 run_tests() {  # run_tests DIR
@@ -37,7 +42,9 @@ run_tests() {  # run_tests DIR
 case "${1:-}" in
   demo)
     install_missing
-    build "$root/build" Release
+    # fmsim brings the plug-in with it; the tests are not needed to run the demo.
+    configure "$root/build" Release
+    cmake --build "$root/build" --target fmsim -j "$jobs"
     bash "$root/demo/run.sh" "$root/build"
     ;;
   test)
@@ -57,8 +64,23 @@ case "${1:-}" in
     cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
     (cd "$root/build-bench" && ./ravelin_bench "${@:2}")
     ;;
+  package)
+    install_missing
+    version=$(sed -n 's/^project(Ravelin VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+    name="Ravelin-$version-linux-$(uname -m)"
+    configure "$root/build" Release
+    cmake --build "$root/build" --target Ravelin -j "$jobs"
+    staging=$(mktemp -d)
+    trap 'rm -rf "$staging"' EXIT
+    cmake --install "$root/build" --prefix "$staging/$name" --component plugin
+    bash "$root/tests/check_plugin_binary.sh" "$staging/$name/Ravelin.fmx"
+    tar -C "$staging" -czf "$root/$name.tar.gz" "$name"
+    echo "$root/$name.tar.gz"
+    ;;
   fuzz)
-    install_missing clang
+    # libFuzzer and the sanitizer runtimes come with clang's runtime package, which Debian
+    # recommends but does not install without recommends.
+    install_missing clang libclang-rt-14-dev
     CC=clang CXX=clang++ build "$root/build-fuzz" RelWithDebInfo -DRAVELIN_FUZZ=ON \
       -DRAVELIN_SANITIZE=address,undefined -DBUILD_TESTING=OFF
     for fuzzer in "$root"/build-fuzz/*_fuzz; do
@@ -71,7 +93,7 @@ case "${1:-}" in
     done
     ;;
   *)
-    echo "usage: tools/dev.sh demo|test|bench|fuzz" >&2
+    echo "usage: tools/dev.sh demo|test|bench|package|fuzz" >&2
     exit 2
     ;;
 esac
