@@ -1,39 +1,22 @@
 // fmsim as users run it: options, exit codes and output formats.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/plugin/shell_support.h"
+
 namespace {
 
-struct FmsimRun {
-    int exitCode = -1;
-    std::string output;  // standard output, and standard error when asked for
-};
-
-std::string shellQuoted(const std::string& arg) {
-    std::string q = "'";
-    for (char c : arg) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return q + "'";
-}
+using FmsimRun = ShellRun;
 
 FmsimRun fmsim(const std::string& args, bool withStderr = false, const std::string& input = "") {
     std::string command = std::string(FMSIM_PATH) + " " + args;
-    command += input.empty() ? " </dev/null" : " <<< " + shellQuoted(input);
+    if (!input.empty()) command += " <<< " + shellQuoted(input);
     command += withStderr ? " 2>&1" : " 2>/dev/null";
-    FmsimRun run;
-    FILE* pipe = popen(("bash -c " + shellQuoted(command)).c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buffer[4096];
-    std::size_t n = 0;
-    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) run.output.append(buffer, n);
-    const int status = pclose(pipe);
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return runShell(command);
 }
 
 TEST(Fmsim, BadStartsGiveOneLineAndExitTwo) {

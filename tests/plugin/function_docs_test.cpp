@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "entry/function_table.h"
+#include "tests/plugin/shell_support.h"
 
 namespace {
 
@@ -75,24 +75,13 @@ std::vector<Example> pageExamples(const std::vector<std::string>& lines) {
     return examples;
 }
 
-std::string shellQuoted(const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
 // Runs a command as a reader would type it, with fmsim standing for the built shell, in an empty
 // folder; returns its standard output.
 std::string runExample(const std::string& command, const std::filesystem::path& folder) {
     const std::string script = std::string("fmsim() { ") + FMSIM_PATH + " \"$@\"; }; cd " +
-                               shellQuoted(folder.string()) + " && " + command;
-    FILE* pipe = popen(("bash -c " + shellQuoted(script) + " 2>/dev/null </dev/null").c_str(), "r");
-    if (pipe == nullptr) return "(popen failed)";
-    std::string output;
-    char buffer[4096];
-    for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-    pclose(pipe);
-    return output;
+                               shellQuoted(folder.string()) + " && { " + command +
+                               "; } 2>/dev/null";
+    return runShell(script).output;
 }
 
 TEST(FunctionDocs, EveryRegisteredFunctionHasAPageWithItsPrototype) {

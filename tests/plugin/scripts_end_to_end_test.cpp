@@ -11,21 +11,15 @@
 #include <thread>
 
 #include "sim/session/session.h"
+#include "tests/plugin/shell_support.h"
 
 namespace {
 
 // fmsim's standard output, and "exit N" when it does not exit with 0 (a sanitizer's report
 // changes the exit code).
 std::string fmsimOutput(const std::string& args) {
-    const std::string command = std::string(FMSIM_PATH) + " " + args + " 2>/dev/null </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return "popen failed";
-    std::string out;
-    char buffer[4096];
-    for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) out.append(buffer, n);
-    const int status = pclose(pipe);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) out += "exit " + std::to_string(status);
-    return out;
+    const ShellRun run = runShell(std::string(FMSIM_PATH) + " " + args + " 2>/dev/null");
+    return run.exitCode == 0 ? run.output : run.output + "exit " + std::to_string(run.exitCode);
 }
 
 std::string resultLine(const char* number) {
