@@ -17,6 +17,7 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "fmlib/convert.h"
 #include "frame/answers.h"
@@ -100,6 +101,7 @@ public:
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
     int fd() const { return fd_; }
+    void swap(Socket& other) { std::swap(fd_, other.fd_); }
 
 private:
     int fd_;
@@ -129,16 +131,26 @@ int connectOnce(int fd, const addrinfo& to, Clock::time_point deadline) {
     return error;
 }
 
-bool connectWithRetries(int fd, const addrinfo& to) {
+// Up to 11 attempts, at once one after the other. A socket whose connection failed is not
+// reusable alike on every system (some answer a second attempt with another error than the
+// peer's), so each attempt gets a fresh socket of the same kind. Answers the connected socket, or
+// the status of the failure.
+std::int32_t connectWithRetries(const addrinfo& to, Socket& connected) {
     const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(kConnectBudgetMs);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const int error = connectOnce(fd, to, deadline);
-        if (error == 0) return true;
+        Socket socket(
+            ::socket(to.ai_family, to.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, to.ai_protocol));
+        if (socket.fd() < 0) return kSocketFailed;
+        const int error = connectOnce(socket.fd(), to, deadline);
+        if (error == 0) {
+            connected.swap(socket);
+            return kFound;
+        }
         std::printf("Error while connecting: %s", std::system_category().message(error).c_str());
         std::fflush(stdout);
-        if (Clock::now() >= deadline) return false;
+        if (Clock::now() >= deadline) break;
     }
-    return false;
+    return kConnectFailed;
 }
 
 }  // namespace
@@ -192,10 +204,10 @@ std::int32_t GetClientPublicIP(std::int32_t method, AddressText& out,
     if (getaddrinfo(endpoint.host, endpoint.service, &hints, &found) != 0) return kLookupFailed;
     const AddrInfoList list(found);
 
-    const Socket socket(::socket(
-        found->ai_family, found->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, found->ai_protocol));
-    if (socket.fd() < 0) return kSocketFailed;
-    if (!connectWithRetries(socket.fd(), *found)) return kConnectFailed;
+    Socket socket(-1);
+    if (const std::int32_t status = connectWithRetries(*found, socket); status != kFound) {
+        return status;
+    }
 
     // A peer that has gone away must not raise SIGPIPE in the host.
     if (send(socket.fd(), request.data(), request.size(), MSG_NOSIGNAL) !=
