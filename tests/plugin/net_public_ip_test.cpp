@@ -34,7 +34,7 @@ Answer page(std::string_view marker, std::string_view address) {
     return {http("<html><body><p>" + std::string(marker) + std::string(address) + "</p>")};
 }
 
-// Every method asks 127.0.0.1 on `service`.
+// Every method asks 127.0.0.1 on `service`, which must outlive the table.
 slib::EndpointTable loopback(const std::string& service) {
     slib::EndpointTable t;
     t.fill({"127.0.0.1", service.c_str()});
@@ -191,8 +191,9 @@ TEST_F(PublicIPAddress, WithoutNameServiceAnswersTheLastLookupFailure) {
 TEST(PublicIP, FailuresLeaveNoDescriptorOpen) {
     const net_test::RefusingPort refusing;
     const HttpResponder garbage([](const std::string&) { return Answer{"HTTP/1.1 404"}; });
-    const slib::EndpointTable tables[] = {loopback(refusing.port()), loopback(garbage.port()),
-                                          loopback("no-such-service")};
+    const std::string services[] = {refusing.port(), garbage.port(), "no-such-service"};
+    const slib::EndpointTable tables[] = {loopback(services[0]), loopback(services[1]),
+                                          loopback(services[2])};
     slib::AddressText out{};
     const std::size_t before = openDescriptors();
     testing::internal::CaptureStdout();
