@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -199,6 +200,10 @@ TEST(PublicIP, FailuresLeaveNoDescriptorOpen) {
     testing::internal::CaptureStdout();
     for (int i = 0; i < 10000; ++i) slib::GetClientPublicIP(2, out, tables[i % 3]);
     testing::internal::GetCapturedStdout();
+    // The responder may still be closing its side of the last connection.
+    for (int wait = 0; wait < 100 && openDescriptors() != before; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     EXPECT_EQ(openDescriptors(), before);
 }
 
