@@ -4,6 +4,7 @@
 #include "globals/functions.h"
 #include "info/functions.h"
 #include "merge/functions.h"
+#include "net/functions.h"
 #include "scripts/functions.h"
 #include "sql/functions.h"
 

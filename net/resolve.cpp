@@ -1,0 +1,95 @@
+// Ravelin_GetNameForIP and Ravelin_GetIPforName.
+#include "net/resolve.h"
+
+#include <arpa/inet.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <string_view>
+
+#include "fmlib/convert.h"
+#include "frame/answers.h"
+#include "frame/exception_frame.h"
+#include "net/functions.h"
+
+namespace slib {
+
+namespace {
+constexpr std::size_t kMaxAddressText = 16;
+constexpr std::size_t kHostSize = 1025;
+constexpr std::size_t kServiceSize = 32;
+}  // namespace
+
+std::string IPForName(std::string hostName) {
+    addrinfo hints{};
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(hostName.c_str(), nullptr, &hints, &found) != 0 || found == nullptr) {
+        return kNoIPForHost;
+    }
+    char text[INET_ADDRSTRLEN] = {};
+    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
+    const bool converted = inet_ntop(AF_INET, &address->sin_addr, text, sizeof text) != nullptr;
+    freeaddrinfo(found);
+    if (!converted) return kNoIPForHost;
+    return std::string(text).substr(0, kMaxAddressText);
+}
+
+std::string NameForIP(const std::string& hostIP) {
+    const in_addr_t parsed = inet_addr(hostIP.c_str());
+    if (parsed == INADDR_NONE) return kInvalidIP;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = 0;
+    address.sin_addr.s_addr = parsed;
+    char host[kHostSize] = {};
+    char service[kServiceSize] = {};
+    // Without NI_NAMEREQD an address that has no name comes back in numeric form.
+    if (getnameinfo(reinterpret_cast<const sockaddr*>(&address), sizeof address, host, sizeof host,
+                    service, sizeof service, NI_NUMERICSERV) != 0) {
+        return kNoHostInformation;
+    }
+    return host;
+}
+
+}  // namespace slib
+
+namespace {
+
+constexpr fmx::uint32 kArgumentBufferSize = 1024;
+
+// The first argument in the host's native encoding, cut at the buffer's size.
+std::string argumentBytes(const fmx::DataVect& args) {
+    char buffer[kArgumentBufferSize] = {};
+    args.AtAsText(0).GetBytes(buffer, kArgumentBufferSize, 0, fmx::kSize_End,
+                              fmx::kEncoding_Native);
+    buffer[kArgumentBufferSize - 1] = '\0';
+    return buffer;
+}
+
+// The routine's answer, a message included, becomes the result text; the last error stays as
+// it was.
+template <class Resolve>
+fmx::errcode answerResolved(const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result,
+                            std::string_view missing, Resolve resolve) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() < 1) return rvl::AnswerBadParameters(missing, env, result);
+        fmlib::SetResultText(result, resolve(argumentBytes(args)), fmx::kEncoding_Native);
+    });
+}
+
+}  // namespace
+
+fmx::errcode Ravelin_GetNameForIP(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                                  fmx::Data& result) {
+    return answerResolved(env, args, result, "IP address is not specified",
+                          [](const std::string& ip) { return slib::NameForIP(ip); });
+}
+
+fmx::errcode Ravelin_GetIPforName(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                                  fmx::Data& result) {
+    return answerResolved(env, args, result, "Host name is not specified",
+                          [](const std::string& name) { return slib::IPForName(name); });
+}
