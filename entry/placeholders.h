@@ -13,5 +13,4 @@ fmx::errcode Ravelin_RegExp_PatternCount(short funcId, const fmx::ExprEnv& env, 
 fmx::errcode Ravelin_GetClientPublicIPAddress(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_GetNameForIP(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_GetIPforName(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_GetAsHTML(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 // clang-format on
