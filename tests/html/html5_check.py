@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Parses each file (an HTML fragment as Ravelin_GetAsHTML writes it) inside an HTML5 document
-with html5lib in strict mode. Exit 0 when all parse without errors, 1 with the errors listed,
+with html5lib. Exit 0 when all parse without errors, 1 with the errors listed,
 77 when html5lib is not installed."""
 import sys
 
