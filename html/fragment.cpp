@@ -63,35 +63,13 @@ std::string getFontColor(const fmx::CharacterStyle& style) {
     return buffer;
 }
 
-// Font names by id, read from the host once per extraction.
-class FontNames {
-public:
-    explicit FontNames(const fmx::ExprEnv& env) : env_(env) {}
-    const std::string& getFontName(const fmx::CharacterStyle& style) {
-        const fmx::CharacterStyle::FontID id = style.GetFont();
-        auto it = names_.find(id);
-        if (it == names_.end()) {
-            fmx::TextUniquePtr name;
-            if (!data_) data_.emplace();
-            (*data_)->GetFontInfo(id, *name, env_);
-            it = names_.emplace(id, fmlib::StringFromFmText(*name)).first;
-        }
-        return it->second;
-    }
-
-private:
-    const fmx::ExprEnv& env_;
-    std::optional<fmx::DataUniquePtr> data_;
-    std::map<fmx::CharacterStyle::FontID, std::string> names_;
-};
-
 Formattings formattingsFromStyle(const fmx::CharacterStyle& style, bool isSpaceChar,
-                                 FontNames& fonts) {
+                                 StyleCache& cache) {
     Formattings f;
     if (style.IsAllDisabled()) return f;
     addFaceKeys(style.GetFace(), isSpaceChar, f);
     if (style.IsColorEnabled()) f["color"] = getFontColor(style);
-    if (const std::string& font = fonts.getFontName(style); !font.empty()) f["font"] = font;
+    if (const std::string& font = cache.getFontName(style); !font.empty()) f["font"] = font;
     if (style.IsSizeEnabled()) f["size"] = std::to_string(style.GetSize()) + "px";
     return f;
 }
@@ -105,6 +83,20 @@ void appendTraceChar(fmx::uint16 unit, std::string& out) {
     fmx::TextUniquePtr one;
     one->AssignUnicodeWithLength(&unit, 1);
     out += fmlib::StringFromFmText(*one);
+}
+
+// The pieces of `s` between delimiters, as explode() cuts them: none for an empty text, and no
+// empty piece after a trailing delimiter. Stops early when `f` answers false.
+template <class F>
+bool eachPiece(std::string_view s, char delimiter, F f) {
+    size_t start = 0;
+    while (start < s.size()) {
+        const size_t cut = s.find(delimiter, start);
+        if (!f(s.substr(start, cut == std::string_view::npos ? cut : cut - start))) return false;
+        if (cut == std::string_view::npos) break;
+        start = cut + 1;
+    }
+    return true;
 }
 
 template <class T>
@@ -122,6 +114,12 @@ void removeAll(std::vector<T>& v, const T& x) {
 void cFragment::getText(fmx::Text& text) const {
     text.AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(chars_.data()),
                                  static_cast<fmx::uint32>(chars_.size()));
+}
+
+std::string cFragment::traceText() const {
+    std::string out;
+    for (char16_t unit : chars_) appendTraceChar(unit, out);
+    return out;
 }
 
 std::string cFragment::getInlineCSS() const { return serialize_CSS(inlineCSS_, ""); }
@@ -147,11 +145,13 @@ void cFragment::filterFormattings(const ParamVector& styleVector) {
 void cFragment::extractFormattingCombinationToCreateTag(const std::string& combination,
                                                         const std::string& tag) {
     if (combination.empty() || tag.empty()) return;
-    const std::vector<std::string> keys = explode(combination, '+');
-    for (const std::string& key : keys) {
-        if (!formattings_.contains(key)) return;
-    }
-    for (const std::string& key : keys) formattings_.erase(key);
+    const bool all = eachPiece(combination, '+',
+                               [&](std::string_view key) { return formattings_.contains(key); });
+    if (!all) return;
+    eachPiece(combination, '+', [&](std::string_view key) {
+        if (auto it = formattings_.find(key); it != formattings_.end()) formattings_.erase(it);
+        return true;
+    });
     tags_.push_back(tag);
 }
 
@@ -163,11 +163,13 @@ void cFragment::extractFormattingCombinationToCreateClass(const std::string& com
     if (combination == "all") {
         taken = formattings_;
     } else {
-        for (const std::string& key : explode(combination, '+')) {
+        const bool all = eachPiece(combination, '+', [&](std::string_view key) {
             auto it = formattings_.find(key);
-            if (it == formattings_.end()) return;
+            if (it == formattings_.end()) return false;
             taken.insert(*it);
-        }
+            return true;
+        });
+        if (!all) return;
     }
     const std::string css = serialize_CSS(CSSFromFormattings(taken), "");
     if (css.empty()) return;
@@ -184,7 +186,6 @@ void cFragment::removeCssClassName(const std::string& name) { removeAll(classes_
 
 void cFragment::append(const cFragment& next) {
     chars_ += next.chars_;
-    text8_ += next.text8_;
     end_ = next.end_;
 }
 
@@ -241,56 +242,108 @@ std::string serialize_CSS(const CSSMap& css, const std::string& separator) {
     return out;
 }
 
+const std::string& StyleCache::getFontName(const fmx::CharacterStyle& style) {
+    const fmx::CharacterStyle::FontID id = style.GetFont();
+    auto it = fontNames_.find(id);
+    if (it == fontNames_.end()) {
+        fmx::TextUniquePtr name;
+        if (!data_) data_.emplace();
+        (*data_)->GetFontInfo(id, *name, env_);
+        it = fontNames_.emplace(id, fmlib::StringFromFmText(*name)).first;
+    }
+    return it->second;
+}
+
+size_t StyleCache::lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fmx::uint16& face) {
+    Key key{~uint64_t{0}, 0};
+    face = 0;
+    if (!style.IsAllDisabled()) {
+        face = style.GetFace();
+        // Only word underline tells a space from another character.
+        const bool spaceCounts = has(face, kWordUnderline) && isSpaceChar;
+        const bool colorOn = style.IsColorEnabled();
+        uint64_t rgb = 0;
+        if (colorOn) {
+            const fmx::Color& c = style.GetColor();
+            rgb = uint64_t{c.GetRed()} << 16 | uint64_t{c.GetGreen()} << 8 | c.GetBlue();
+        }
+        const bool sizeOn = style.IsSizeEnabled();
+        const uint32_t size = sizeOn ? style.GetSize() : 0;
+        key.traits = uint64_t{face} | uint64_t{spaceCounts} << 16 | uint64_t{colorOn} << 17 |
+                     rgb << 18 | uint64_t{sizeOn} << 42;
+        key.fontAndSize = uint32_t{style.GetFont()} | size << 16;
+    }
+    auto [it, added] = index_.try_emplace(key, entries_.size());
+    if (added) {
+        Entry e;
+        e.formattings = formattingsFromStyle(style, isSpaceChar, *this);
+        e.css = serialize_CSS(CSSFromFormattings(e.formattings), "");
+        entries_.push_back(std::move(e));
+    }
+    return it->second;
+}
+
 Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 position,
                                        const fmx::ExprEnv& env) {
     fmx::CharacterStyleUniquePtr style;
     text.GetStyle(*style, position);
     fmx::TextUniquePtr one;
     one->SetText(text, position, 1);
-    FontNames fonts(env);
-    return formattingsFromStyle(*style, isSpace(*one), fonts);
+    StyleCache cache(env);
+    return formattingsFromStyle(*style, isSpace(*one), cache);
 }
 
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
-                                        const fmx::ExprEnv& env) {
+                                        StyleCache& cache) {
     std::vector<cFragment> fragments;
     if (from >= to) return fragments;
     std::vector<fmx::uint16> units(to - from);
     text.GetUnicode(units.data(), from, to - from);
 
-    FontNames fonts(env);
     fmx::CharacterStyleUniquePtr style;
     fmx::CharacterStyleUniquePtr previous;
     fmx::uint16 previousFace = 0;
     bool previousSpace = false;
-    std::string currentCSS;
+    size_t fragmentStart = 0;
+    auto close = [&](size_t end) {
+        cFragment& f = fragments.back();
+        f.chars_.assign(units.begin() + static_cast<ptrdiff_t>(fragmentStart),
+                        units.begin() + static_cast<ptrdiff_t>(end));
+        f.end_ = static_cast<int64_t>(from + end);
+    };
     for (fmx::uint32 i = 0; i < units.size(); ++i) {
-        const fmx::uint16 unit = units[i];
-        const bool space = unit == u' ';
-        const auto position = static_cast<int64_t>(from + i);
+        const bool space = units[i] == u' ';
         text.GetStyle(*style, from + i);
         // A character styled as the one before has its formatting set, and so its CSS; only
         // word underline tells spaces from other characters.
         const bool sameStyle = !fragments.empty() && *style == *previous &&
                                (!has(previousFace, kWordUnderline) || space == previousSpace);
-        if (!sameStyle) {
-            cFragment candidate;
-            candidate.formattings_ = formattingsFromStyle(*style, space, fonts);
-            candidate.inlineCSS_ = CSSFromFormattings(candidate.formattings_);
-            std::string css = candidate.getInlineCSS();
-            if (fragments.empty() || css != currentCSS) {
-                candidate.start_ = position;
-                fragments.push_back(std::move(candidate));
-                currentCSS = std::move(css);
-            }
-            previous->Assign(*style);
-            previousFace = style->IsAllDisabled() ? 0 : style->GetFace();
-        }
         previousSpace = space;
-        cFragment& current = fragments.back();
-        current.addChar(unit);
-        appendTraceChar(unit, current.text8_);
-        current.end_ = position + 1;
+        if (sameStyle) continue;
+        const size_t index = cache.lookup(*style, space, previousFace);
+        previous->Assign(*style);
+        // Equal CSS text continues the fragment, which keeps its first character's formatting.
+        if (!fragments.empty()) {
+            const size_t current = fragments.back().styleIndex_;
+            if (index == current || cache.entry(index).css == cache.entry(current).css) continue;
+            close(i);
+        }
+        fragments.emplace_back();
+        fragments.back().styleIndex_ = index;
+        fragments.back().start_ = static_cast<int64_t>(from + i);
+        fragmentStart = i;
+    }
+    close(units.size());
+    return fragments;
+}
+
+std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                                        const fmx::ExprEnv& env) {
+    StyleCache cache(env);
+    std::vector<cFragment> fragments = extractFragments(text, from, to, cache);
+    for (cFragment& f : fragments) {
+        f.formattings_ = cache.entry(f.styleIndex_).formattings;
+        f.inlineCSS_ = CSSFromFormattings(f.formattings_);
     }
     return fragments;
 }
@@ -301,21 +354,18 @@ bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b) {
 
 void mergeFragments(std::vector<cFragment>& fragments) {
     if (fragments.empty()) return;
-    std::vector<cFragment> merged;
-    merged.reserve(fragments.size());
-    merged.push_back(std::move(fragments.front()));
+    size_t last = 0;
     for (size_t i = 1; i < fragments.size(); ++i) {
-        cFragment& last = merged.back();
-        if (!fragmentsHaveEqualAppearance(last, fragments[i])) {
-            merged.push_back(std::move(fragments[i]));
+        if (!fragmentsHaveEqualAppearance(fragments[last], fragments[i])) {
+            if (++last != i) fragments[last] = std::move(fragments[i]);
             continue;
         }
-        const std::string line =
-            "Merging 2 fragments: '" + last.text8_ + "' + '" + fragments[i].text8_ + "' \n";
+        const std::string line = "Merging 2 fragments: '" + fragments[last].traceText() + "' + '" +
+                                 fragments[i].traceText() + "' \n";
         std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
-        last.append(fragments[i]);
+        fragments[last].append(fragments[i]);
     }
-    fragments = std::move(merged);
+    fragments.resize(last + 1);
 }
 
 std::string get_or_create_class(const std::string& css, const std::string& prefix,

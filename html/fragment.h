@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -14,9 +15,9 @@
 namespace rvl::html {
 
 // Formatting key ("bold", "color", ...) to value; ordered byte-wise.
-using Formattings = std::map<std::string, std::string>;
+using Formattings = std::map<std::string, std::string, std::less<>>;
 // CSS property to value, ordered by property.
-using CSSMap = std::map<std::string, std::string>;
+using CSSMap = std::map<std::string, std::string, std::less<>>;
 // Generated class name to the class's CSS text, with the lookups class naming needs kept fast.
 struct ClassMap {
     std::map<std::string, std::string> classes;
@@ -29,6 +30,13 @@ struct ClassMap {
 // Parameter entries (key, value) in the order written.
 using ParamVector = std::vector<std::pair<std::string, std::string>>;
 
+// A fragment's opening and closing markup, made once per formatting set and shared by the
+// fragments that have it.
+struct FragmentMarkup {
+    std::u16string open;
+    std::u16string close;
+};
+
 class cFragment {
 public:
     cFragment() = default;
@@ -38,12 +46,11 @@ public:
     cFragment& operator=(cFragment&&) noexcept = default;
 
     void addChar(uint16_t unit) { chars_.push_back(unit); }
-    // Appends the trace form of characters added with addChar.
-    void addTraceText(const std::string& s) { text8_ += s; }
     // Sets `text` to the characters, without styles.
     void getText(fmx::Text& text) const;
-    const std::u16string& chars() const { return chars_; }
-    const std::string& traceText() const { return text8_; }
+    // The characters as 8-bit text for the merge trace, each converted on its own as the host
+    // converts a text. Made when a trace needs it: most fragments are never traced.
+    std::string traceText() const;
 
     std::string getInlineCSS() const;
     std::string getInlineCSSClasses() const;
@@ -59,17 +66,58 @@ public:
     bool containsCssClassName(const std::string& name) const;
     void removeCssClassName(const std::string& name);
 
-    // Joins `next` onto this fragment: its characters and trace text follow this one's.
+    // Joins `next` onto this fragment: its characters follow this one's.
     void append(const cFragment& next);
 
     std::u16string chars_;
-    std::string text8_;
     int64_t start_ = 0;
     int64_t end_ = 0;
     Formattings formattings_;
     std::vector<std::string> tags_;
     std::vector<std::string> classes_;
     CSSMap inlineCSS_;
+    // The entry of the first character's style in the conversion's StyleCache.
+    size_t styleIndex_ = 0;
+    // The markup for the tags, classes and inline style above, when it is made already.
+    const FragmentMarkup* markup_ = nullptr;
+};
+
+// The formatting sets and CSS text of the character styles met in one conversion. Reading a
+// style's traits takes a dozen host calls and its CSS a few maps; runs with a style met before
+// take none of that.
+class StyleCache {
+public:
+    struct Entry {
+        Formattings formattings;
+        std::string css;
+    };
+
+    explicit StyleCache(const fmx::ExprEnv& env) : env_(env) {}
+    // The index of the entry for `style` on a character that is (or is not) a space; `face`
+    // gets the style's face bits (0 when all is disabled).
+    size_t lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fmx::uint16& face);
+    const Entry& entry(size_t index) const { return entries_[index]; }
+    size_t size() const { return entries_.size(); }
+    // The font's name for a style ("" when the host knows none).
+    const std::string& getFontName(const fmx::CharacterStyle& style);
+
+private:
+    struct Key {
+        uint64_t traits;
+        uint32_t fontAndSize;
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        size_t operator()(const Key& k) const {
+            return std::hash<uint64_t>()(k.traits * 31 + k.fontAndSize);
+        }
+    };
+
+    const fmx::ExprEnv& env_;
+    std::optional<fmx::DataUniquePtr> data_;
+    std::map<fmx::CharacterStyle::FontID, std::string> fontNames_;
+    std::unordered_map<Key, size_t, KeyHash> index_;
+    std::vector<Entry> entries_;
 };
 
 CSSMap CSSFromFormattings(const Formattings& formattings);
@@ -79,9 +127,13 @@ std::string serialize_CSS(const CSSMap& css, const std::string& separator);
 Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 position,
                                        const fmx::ExprEnv& env);
 
-// Cuts the units [from, to) of `text` into runs of equal CSS text.
+// Cuts the units [from, to) of `text` into runs of equal CSS text, each with its formatting set
+// and CSS declarations.
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
                                         const fmx::ExprEnv& env);
+// The same with the styles kept in `cache`: each fragment has its styleIndex_ only.
+std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                                        StyleCache& cache);
 
 bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b);
 // Joins neighbours of equal appearance, one trace line on standard output per join.

@@ -66,19 +66,34 @@ void addDefaultFormattingsForTag(ParamVector& tags) {
     }
 }
 
-void fragmentsPostProcessing(std::vector<cFragment>& fragments, ClassMap& classMap,
-                             const ParamVector& tags, const ParamVector& classes,
-                             const ParamVector& styles) {
-    const bool allStyles = paramVectorHasKey(styles, "all");
-    for (cFragment& f : fragments) {
-        for (const auto& [key, value] : tags) f.extractFormattingCombinationToCreateTag(key, value);
-        for (const auto& [key, value] : classes) {
-            f.extractFormattingCombinationToCreateClass(key, value, classMap);
-            if (key == "all") break;
-        }
-        if (!allStyles) f.filterFormattings(styles);
-        f.inlineCSS_ = CSSFromFormattings(f.formattings_);
+// The steps of per-fragment processing: tags, classes, then the inline style.
+void processFormattings(cFragment& f, ClassMap& classMap, const ParamVector& tags,
+                        const ParamVector& classes, const ParamVector& styles) {
+    for (const auto& [key, value] : tags) f.extractFormattingCombinationToCreateTag(key, value);
+    for (const auto& [key, value] : classes) {
+        f.extractFormattingCombinationToCreateClass(key, value, classMap);
+        if (key == "all") break;
     }
+    if (!paramVectorHasKey(styles, "all")) f.filterFormattings(styles);
+    f.inlineCSS_ = CSSFromFormattings(f.formattings_);
+}
+
+// The opening and closing markup of a fragment around its text.
+FragmentMarkup markupOf(const cFragment& f) {
+    FragmentMarkup m;
+    if (f.tags_.empty()) {
+        if (!f.classes_.empty() || !f.inlineCSS_.empty()) {
+            appendUtf8(m.open, createTag("span", f));
+            m.close = u"</span>";
+        }
+        return m;
+    }
+    appendUtf8(m.open, createTag(f.tags_.front(), f));
+    for (size_t i = 1; i < f.tags_.size(); ++i) appendUtf8(m.open, "<" + f.tags_[i] + ">");
+    for (auto it = f.tags_.rbegin(); it != f.tags_.rend(); ++it) {
+        appendUtf8(m.close, "</" + *it + ">");
+    }
+    return m;
 }
 
 void escalateSharedBlockElement(Paragraph& p, std::vector<cFragment>& fragments) {
@@ -90,7 +105,10 @@ void escalateSharedBlockElement(Paragraph& p, std::vector<cFragment>& fragments)
         if (!shared) continue;
         p.element.tags_.front() = tag;
         const std::string lifted = tag;  // `tag` lives in the first fragment's list
-        for (cFragment& f : fragments) f.removeTag(lifted);
+        for (cFragment& f : fragments) {
+            f.removeTag(lifted);
+            f.markup_ = nullptr;
+        }
         return;
     }
 }
@@ -103,7 +121,10 @@ void escalateSharedCssClasses(Paragraph& p, std::vector<cFragment>& fragments) {
                         [&](const cFragment& f) { return f.containsCssClassName(name); });
         if (!shared) continue;
         p.element.classes_.push_back(name);
-        for (cFragment& f : fragments) f.removeCssClassName(name);
+        for (cFragment& f : fragments) {
+            f.removeCssClassName(name);
+            f.markup_ = nullptr;
+        }
     }
 }
 
@@ -116,7 +137,10 @@ void escalateSharedCssStyles(Paragraph& p, std::vector<cFragment>& fragments) {
         });
         if (!shared) continue;
         p.element.inlineCSS_[property] = value;
-        for (cFragment& f : fragments) f.inlineCSS_.erase(property);
+        for (cFragment& f : fragments) {
+            f.inlineCSS_.erase(property);
+            f.markup_ = nullptr;
+        }
     }
 }
 
@@ -132,23 +156,23 @@ fmx::DataUniquePtr evaluateOnFM(const std::string& prefix, const fmx::Text& sour
 }
 
 void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
-                       const ParamVector& styles, const fmx::ExprEnv& env, ClassMap& classMap,
-                       std::u16string& body) {
+                       const ParamVector& styles, Conversion& conversion, std::u16string& body) {
     const fmx::uint32 size = source.GetSize();
     std::vector<fmx::uint16> units(size);
     if (size > 0) source.GetUnicode(units.data(), 0, size);
     fmx::uint32 start = 0;
     for (fmx::uint32 i = 0; i <= size; ++i) {
         if (i < size && units[i] != u'\r') continue;
-        std::vector<cFragment> fragments = extractFragments(source, start, i, env);
-        transformRichtextToHTML("none", tags, classes, styles, fragments, classMap, body);
+        std::vector<cFragment> fragments =
+            extractFragments(source, start, i, conversion.styleCache);
+        transformRichtextToHTML("none", tags, classes, styles, fragments, conversion, body);
         start = i + 1;
     }
 }
 
 void convertVariableValues(const fmx::Text& source, const ParamVector& tags,
                            const ParamVector& classes, const ParamVector& styles,
-                           const fmx::ExprEnv& env, ClassMap& classMap, std::u16string& body) {
+                           const fmx::ExprEnv& env, Conversion& conversion, std::u16string& body) {
     const std::string count =
         fmlib::StringFromFmText(evaluateOnFM("ValueCount(", source, ")", env)->GetAsText());
     const long values = std::strtol(count.c_str(), nullptr, 10);
@@ -162,8 +186,9 @@ void convertVariableValues(const fmx::Text& source, const ParamVector& tags,
         if (alignment == "left") alignment = "none";
         const fmx::DataUniquePtr value = evaluateOnFM("GetValue(", source, index, env);
         const fmx::Text& text = value->GetAsText();
-        std::vector<cFragment> fragments = extractFragments(text, 0, text.GetSize(), env);
-        transformRichtextToHTML(alignment, tags, classes, styles, fragments, classMap, body);
+        std::vector<cFragment> fragments =
+            extractFragments(text, 0, text.GetSize(), conversion.styleCache);
+        transformRichtextToHTML(alignment, tags, classes, styles, fragments, conversion, body);
     }
 }
 
@@ -277,19 +302,16 @@ void produceHTMLfromFragments(Paragraph& paragraph, std::vector<cFragment>& frag
     }
     for (const cFragment& f : fragments) {
         if (f.chars_.empty()) continue;
-        if (f.tags_.empty()) {
-            const bool styled = !f.classes_.empty() || !f.inlineCSS_.empty();
-            if (styled) appendUtf8(body, createTag("span", f));
+        if (f.markup_) {
+            body += f.markup_->open;
             addEntitiesAndFixEndlines(f.chars_, body);
-            if (styled) body += u"</span>";
+            body += f.markup_->close;
             continue;
         }
-        appendUtf8(body, createTag(f.tags_.front(), f));
-        for (size_t i = 1; i < f.tags_.size(); ++i) appendUtf8(body, "<" + f.tags_[i] + ">");
+        const FragmentMarkup m = markupOf(f);
+        body += m.open;
         addEntitiesAndFixEndlines(f.chars_, body);
-        for (auto it = f.tags_.rbegin(); it != f.tags_.rend(); ++it) {
-            appendUtf8(body, "</" + *it + ">");
-        }
+        body += m.close;
     }
     if (paragraph.hasElement) {
         appendUtf8(body, "</" + paragraph.element.tags_.front() + ">");
@@ -308,13 +330,37 @@ void appendCssClasses(const ClassMap& classMap, const std::string& lead, std::u1
     result += u"</style>\r";
 }
 
+void fragmentsPostProcessing(std::vector<cFragment>& fragments, Conversion& conversion,
+                             const ParamVector& tags, const ParamVector& classes,
+                             const ParamVector& styles) {
+    if (conversion.processed.size() < conversion.styleCache.size()) {
+        conversion.processed.resize(conversion.styleCache.size());
+    }
+    for (cFragment& f : fragments) {
+        std::unique_ptr<ProcessedStyle>& done = conversion.processed[f.styleIndex_];
+        if (!done) {
+            f.formattings_ = conversion.styleCache.entry(f.styleIndex_).formattings;
+            processFormattings(f, conversion.classMap, tags, classes, styles);
+            done = std::make_unique<ProcessedStyle>(
+                ProcessedStyle{f.tags_, f.classes_, f.inlineCSS_, f.formattings_, markupOf(f)});
+        } else {
+            f.tags_ = done->tags;
+            f.classes_ = done->classes;
+            f.inlineCSS_ = done->inlineCSS;
+            f.formattings_ = done->remaining;
+        }
+        f.markup_ = &done->markup;
+    }
+}
+
 void transformRichtextToHTML(const std::string& alignment, const ParamVector& tags,
                              const ParamVector& classes, const ParamVector& styles,
-                             std::vector<cFragment>& fragments, ClassMap& classMap,
+                             std::vector<cFragment>& fragments, Conversion& conversion,
                              std::u16string& body) {
-    fragmentsPostProcessing(fragments, classMap, tags, classes, styles);
+    fragmentsPostProcessing(fragments, conversion, tags, classes, styles);
     mergeFragments(fragments);
-    Paragraph paragraph = createParagraphFragment(alignment, tags, classes, styles, classMap);
+    Paragraph paragraph =
+        createParagraphFragment(alignment, tags, classes, styles, conversion.classMap);
     produceHTMLfromFragments(paragraph, fragments, body);
 }
 
@@ -339,7 +385,7 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
         addDefaultFormattingsForTag(tags);
     }
 
-    ClassMap classMap;
+    Conversion conversion(env);
     std::u16string body;
     fmx::uint16 first = 0;
     if (source.GetSize() > 0) source.GetUnicode(&first, 0, 1);
@@ -347,13 +393,13 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
         first == u'$' &&
         fmlib::StringFromFmText(evaluateOnFM("isEmpty(", source, ")", env)->GetAsText()) == "0";
     if (variable) {
-        convertVariableValues(source, tags, classes, styles, env, classMap, body);
+        convertVariableValues(source, tags, classes, styles, env, conversion, body);
     } else {
-        convertParagraphs(source, tags, classes, styles, env, classMap, body);
+        convertParagraphs(source, tags, classes, styles, conversion, body);
     }
 
     std::u16string html;
-    appendCssClasses(classMap, "", html);
+    appendCssClasses(conversion.classMap, "", html);
     html += body;
     fmx::TextUniquePtr out;
     out->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(html.data()),

@@ -3,6 +3,7 @@
 // are collected in one style block at the head of the result.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,28 @@ ParamVector parseTagOrClassOrStyleParam(const fmx::Text& text, bool withValues);
 bool paramVectorHasKey(const ParamVector& v, const std::string& key);
 std::string paramVectorGetValue(const ParamVector& v, const std::string& key);
 void paramVectorEraseKey(ParamVector& v, const std::string& key);
+
+// What one conversion keeps across its paragraphs: the generated classes, the character styles
+// met, and for each style the outcome of per-fragment processing (the same for every fragment
+// that starts with that style, since it depends on the formatting set and the parameters only).
+struct ProcessedStyle {
+    std::vector<std::string> tags;
+    std::vector<std::string> classes;
+    CSSMap inlineCSS;
+    Formattings remaining;
+    FragmentMarkup markup;
+};
+struct Conversion {
+    explicit Conversion(const fmx::ExprEnv& env) : styleCache(env) {}
+    ClassMap classMap;
+    StyleCache styleCache;
+    std::vector<std::unique_ptr<ProcessedStyle>> processed;  // by style index
+};
+
+// Tags, classes and inline style of each fragment (cut with the conversion's style cache).
+void fragmentsPostProcessing(std::vector<cFragment>& fragments, Conversion& conversion,
+                             const ParamVector& tags, const ParamVector& classes,
+                             const ParamVector& styles);
 
 // The block element of a paragraph: its tag, classes and inline style; `hasElement` is false
 // for the alignment "none", whose fragments are written bare.
@@ -37,7 +60,7 @@ void appendCssClasses(const ClassMap& classMap, const std::string& lead, std::u1
 // One paragraph's fragments, processed, merged and written with its element.
 void transformRichtextToHTML(const std::string& alignment, const ParamVector& tags,
                              const ParamVector& classes, const ParamVector& styles,
-                             std::vector<cFragment>& fragments, ClassMap& classMap,
+                             std::vector<cFragment>& fragments, Conversion& conversion,
                              std::u16string& body);
 
 std::string parseAlignmentFromGetAsCSS(const std::string& css);
