@@ -293,48 +293,58 @@ Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 positi
     return formattingsFromStyle(*style, isSpace(*one), cache);
 }
 
-std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
-                                        StyleCache& cache) {
-    std::vector<cFragment> fragments;
-    if (from >= to) return fragments;
-    std::vector<fmx::uint16> units(to - from);
-    text.GetUnicode(units.data(), from, to - from);
+FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                          StyleCache& cache) {
+    FragmentCuts cuts;
+    cuts.from = from;
+    if (from >= to) return cuts;
+    cuts.units.resize(to - from);
+    text.GetUnicode(cuts.units.data(), from, to - from);
 
     fmx::CharacterStyleUniquePtr style;
     fmx::CharacterStyleUniquePtr previous;
     fmx::uint16 previousFace = 0;
     bool previousSpace = false;
-    size_t fragmentStart = 0;
-    auto close = [&](size_t end) {
-        cFragment& f = fragments.back();
-        f.chars_.assign(units.begin() + static_cast<ptrdiff_t>(fragmentStart),
-                        units.begin() + static_cast<ptrdiff_t>(end));
-        f.end_ = static_cast<int64_t>(from + end);
-    };
-    for (fmx::uint32 i = 0; i < units.size(); ++i) {
-        const bool space = units[i] == u' ';
-        text.GetStyle(*style, from + i);
+    for (size_t i = 0; i < cuts.units.size(); ++i) {
+        const bool space = cuts.units[i] == u' ';
+        text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
         // A character styled as the one before has its formatting set, and so its CSS; only
         // word underline tells spaces from other characters.
-        const bool sameStyle = !fragments.empty() && *style == *previous &&
+        const bool sameStyle = !cuts.starts.empty() && *style == *previous &&
                                (!has(previousFace, kWordUnderline) || space == previousSpace);
         previousSpace = space;
         if (sameStyle) continue;
         const size_t index = cache.lookup(*style, space, previousFace);
         previous->Assign(*style);
         // Equal CSS text continues the fragment, which keeps its first character's formatting.
-        if (!fragments.empty()) {
-            const size_t current = fragments.back().styleIndex_;
+        if (!cuts.starts.empty()) {
+            const size_t current = cuts.starts.back().styleIndex;
             if (index == current || cache.entry(index).css == cache.entry(current).css) continue;
-            close(i);
         }
-        fragments.emplace_back();
-        fragments.back().styleIndex_ = index;
-        fragments.back().start_ = static_cast<int64_t>(from + i);
-        fragmentStart = i;
+        cuts.starts.push_back({i, index});
     }
-    close(units.size());
+    return cuts;
+}
+
+std::vector<cFragment> fragmentsOf(const FragmentCuts& cuts, size_t first, size_t last) {
+    std::vector<cFragment> fragments(last - first);
+    for (size_t k = first; k < last; ++k) {
+        const size_t begin = cuts.starts[k].at;
+        const size_t end = k + 1 < cuts.starts.size() ? cuts.starts[k + 1].at : cuts.units.size();
+        cFragment& f = fragments[k - first];
+        f.chars_.assign(cuts.units.begin() + static_cast<ptrdiff_t>(begin),
+                        cuts.units.begin() + static_cast<ptrdiff_t>(end));
+        f.start_ = static_cast<int64_t>(cuts.from + begin);
+        f.end_ = static_cast<int64_t>(cuts.from + end);
+        f.styleIndex_ = cuts.starts[k].styleIndex;
+    }
     return fragments;
+}
+
+std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                                        StyleCache& cache) {
+    const FragmentCuts cuts = cutFragments(text, from, to, cache);
+    return fragmentsOf(cuts, 0, cuts.starts.size());
 }
 
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,

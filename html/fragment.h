@@ -131,6 +131,22 @@ Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 positi
 // and CSS declarations.
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
                                         const fmx::ExprEnv& env);
+// Where the fragments of [from, to) start, without making them: the units and, per fragment,
+// its first unit and the style entry of that unit.
+struct FragmentCuts {
+    struct Start {
+        size_t at;
+        size_t styleIndex;
+    };
+    fmx::uint32 from = 0;
+    std::vector<fmx::uint16> units;
+    std::vector<Start> starts;
+};
+FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                          StyleCache& cache);
+// Fragments first to last (exclusive) of the cuts, each with its styleIndex_ only.
+std::vector<cFragment> fragmentsOf(const FragmentCuts& cuts, size_t first, size_t last);
+
 // The same with the styles kept in `cache`: each fragment has its styleIndex_ only.
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
                                         StyleCache& cache);

@@ -155,6 +155,30 @@ fmx::DataUniquePtr evaluateOnFM(const std::string& prefix, const fmx::Text& sour
     return value;
 }
 
+// A paragraph without element has no escalation, which needs all its fragments at once: its
+// fragments are made, processed, merged and written a batch at a time, the last of each batch
+// held back for merging with the next, so that memory stays small for long texts. The result is
+// that of transformRichtextToHTML with alignment "none".
+void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32 to,
+                          const ParamVector& tags, const ParamVector& classes,
+                          const ParamVector& styles, Conversion& conversion, std::u16string& body) {
+    constexpr size_t kBatch = 4096;
+    const FragmentCuts cuts = cutFragments(source, from, to, conversion.styleCache);
+    Paragraph bare;
+    std::vector<cFragment> held;
+    for (size_t first = 0; first < cuts.starts.size(); first += kBatch) {
+        std::vector<cFragment> batch =
+            fragmentsOf(cuts, first, std::min(first + kBatch, cuts.starts.size()));
+        fragmentsPostProcessing(batch, conversion, tags, classes, styles);
+        if (!held.empty()) batch.insert(batch.begin(), std::move(held.front()));
+        mergeFragments(batch);
+        held.assign(std::make_move_iterator(batch.end() - 1), std::make_move_iterator(batch.end()));
+        batch.pop_back();
+        produceHTMLfromFragments(bare, batch, body);
+    }
+    produceHTMLfromFragments(bare, held, body);
+}
+
 void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
                        const ParamVector& styles, Conversion& conversion, std::u16string& body) {
     const fmx::uint32 size = source.GetSize();
@@ -163,9 +187,7 @@ void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const P
     fmx::uint32 start = 0;
     for (fmx::uint32 i = 0; i <= size; ++i) {
         if (i < size && units[i] != u'\r') continue;
-        std::vector<cFragment> fragments =
-            extractFragments(source, start, i, conversion.styleCache);
-        transformRichtextToHTML("none", tags, classes, styles, fragments, conversion, body);
+        convertBareParagraph(source, start, i, tags, classes, styles, conversion, body);
         start = i + 1;
     }
 }
@@ -386,7 +408,9 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
     }
 
     Conversion conversion(env);
+    // Markup mostly adds to the text: room for twice its length spares the copies of growing.
     std::u16string body;
+    body.reserve(std::min<size_t>(2 * size_t{source.GetSize()} + 64, size_t{1} << 28));
     fmx::uint16 first = 0;
     if (source.GetSize() > 0) source.GetUnicode(&first, 0, 1);
     const bool variable =
@@ -398,12 +422,12 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
         convertParagraphs(source, tags, classes, styles, conversion, body);
     }
 
-    std::u16string html;
-    appendCssClasses(conversion.classMap, "", html);
-    html += body;
+    std::u16string styleBlock;
+    appendCssClasses(conversion.classMap, "", styleBlock);
+    body.insert(0, styleBlock);
     fmx::TextUniquePtr out;
-    out->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(html.data()),
-                                 static_cast<fmx::uint32>(html.size()));
+    out->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(body.data()),
+                                 static_cast<fmx::uint32>(body.size()));
     result.SetAsText(*out, result.GetLocale());
 }
 
