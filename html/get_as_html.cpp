@@ -410,7 +410,7 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
     Conversion conversion(env);
     // Markup mostly adds to the text: room for twice its length spares the copies of growing.
     std::u16string body;
-    body.reserve(std::min<size_t>(2 * size_t{source.GetSize()} + 64, size_t{1} << 28));
+    body.reserve(std::min<size_t>(2 * size_t{source.GetSize()} + 64, size_t{1} << 26));
     fmx::uint16 first = 0;
     if (source.GetSize() > 0) source.GetUnicode(&first, 0, 1);
     const bool variable =
