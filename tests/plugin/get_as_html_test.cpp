@@ -3,10 +3,14 @@
 // variable path and the merge trace. Every output also passes an HTML5 parser.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "sim/session/env.h"
 #include "sim/session/session.h"
 #include "tests/plugin/html_test_support.h"
 
@@ -249,6 +253,38 @@ TEST_F(GetAsHTML, MergesNeighboursOfEqualAppearance) {
          "; Bold + Italic ) ; \"bold=b\" ; \"\" ; \"\" )",
          "<b>ab</b>", "Merging 2 fragments: 'a' + 'b' \n"},
     });
+}
+
+// A server converts on many threads at once, each with its own variables; the generated classes
+// of one call never reach another.
+TEST_F(GetAsHTML, ConvertsOnManyThreadsAtOnce) {
+    constexpr int kThreads = 6;
+    constexpr int kRounds = 40;
+    auto letter = [](int t) {
+        return "Let ( $t = FMSim_TextAlign ( TextColor ( \"thread" + std::to_string(t) +
+               "\" ; RGB ( " + std::to_string(t) +
+               " ; 0 ; 0 ) ) ; \"center\" ) ; Ravelin_GetAsHTML "
+               "( \"$t\" ) )";
+    };
+    auto expected = [](int t) {
+        return kStyleOpen + ".rvl { color:#0" + std::to_string(t) +
+               "0000; }\r.rvl1 { text-align:center; }\r" + kStyleClose +
+               "<p class=\"rvl1 rvl\">thread" + std::to_string(t) + "</p>\r";
+    };
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            sim::Env env;
+            env.locals = std::make_shared<sim::Variables>();
+            for (int round = 0; round < kRounds; ++round) {
+                if (session_->eval(letter(t), env).text != expected(t)) ++wrong;
+            }
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(session_->eval(letter(3)).text, expected(3));
 }
 
 TEST_F(GetAsHTML, WithoutArgumentsReportsTheMissingInput) {
