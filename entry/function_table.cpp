@@ -2,6 +2,7 @@
 
 #include "entry/placeholders.h"
 #include "globals/functions.h"
+#include "html/functions.h"
 #include "info/functions.h"
 #include "merge/functions.h"
 #include "net/functions.h"

@@ -10,5 +10,4 @@ fmx::errcode Ravelin_Encode(short funcId, const fmx::ExprEnv& env, const fmx::Da
 fmx::errcode Ravelin_Decode(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_RegExp_Substitute(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_RegExp_PatternCount(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_GetAsHTML(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 // clang-format on

@@ -11,12 +11,22 @@ namespace {
 template <class T>
 using Spans = std::vector<Text::Span<T>>;
 
-// Index of the span holding `pos`; spans must not be empty.
+// Index of the span holding `pos`; spans must not be empty. Plug-ins read styles character by
+// character, so the span found last on this thread (or the one after it) is tried first; the
+// hint is checked against the spans themselves, so a stale one only costs the search.
 template <class T>
 size_t spanIndex(const Spans<T>& spans, uint32_t pos) {
+    thread_local size_t hint = 0;
+    for (size_t i = hint; i < spans.size() && i <= hint + 1; ++i) {
+        if (spans[i].start <= pos && (i + 1 == spans.size() || pos < spans[i + 1].start)) {
+            hint = i;
+            return i;
+        }
+    }
     auto it = std::upper_bound(spans.begin(), spans.end(), pos,
                                [](uint32_t p, const Text::Span<T>& s) { return p < s.start; });
-    return static_cast<size_t>(it - spans.begin()) - 1;
+    hint = static_cast<size_t>(it - spans.begin()) - 1;
+    return hint;
 }
 
 template <class T>

@@ -48,7 +48,8 @@ case "${1:-}" in
     bash "$root/demo/run.sh" "$root/build"
     ;;
   test)
-    install_missing
+    # The HTML checks render in a real browser and parse with an HTML5 parser.
+    install_missing chromium python3-html5lib
     # The configuration users build, then the sanitizers (with debug information for their
     # reports). Our own checks treat warnings as errors.
     build "$root/build" Release -DRAVELIN_WERROR=ON

@@ -1,9 +1,12 @@
 // Text style functions: faces, colour, font and size over a whole text, and GetAsCSS.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/css.h"
+#include "sim/calc/errors.h"
 #include "sim/fonts.h"
 
 namespace sim::calc {
@@ -131,6 +134,24 @@ Value fnRgb(Args& a) {
 
 Value fnGetAsCss(Args& a) { return textValue(toCss(a.text(0))); }
 
+// FMSim_TextAlign ( text ; alignment ): this host's own function, not FileMaker's. FileMaker
+// aligns paragraphs through layout formatting, which no calculation reaches; here every paragraph
+// of the text takes the alignment "left", "center", "right" or "full" ("none" clears it). Another
+// word fails with error 1200.
+Value fnTextAlign(Args& a) {
+    static constexpr std::pair<std::u16string_view, Alignment> kNames[] = {
+        {u"none", Alignment::None},   {u"left", Alignment::Left}, {u"center", Alignment::Center},
+        {u"right", Alignment::Right}, {u"full", Alignment::Full},
+    };
+    const std::u16string name = toLower(a.units(1));
+    const auto* it = std::find_if(std::begin(kNames), std::end(kNames),
+                                  [&](const auto& n) { return n.first == name; });
+    if (it == std::end(kNames)) raise(kGenericError);
+    Text t = a.text(0);
+    t.setAlignment(it->second, 0, t.size());
+    return Value::text(std::move(t));
+}
+
 constexpr Builtin kFunctions[] = {
     {u"textstyleadd", 2, 2, fnTextStyleAdd},
     {u"textstyleremove", 2, 2, fnTextStyleRemove},
@@ -142,6 +163,7 @@ constexpr Builtin kFunctions[] = {
     {u"textsizeremove", 1, 2, fnTextSizeRemove},
     {u"rgb", 3, 3, fnRgb},
     {u"getascss", 1, 1, fnGetAsCss},
+    {u"fmsim_textalign", 2, 2, fnTextAlign},
 };
 
 }  // namespace

@@ -56,6 +56,7 @@ TEST(CalcErrorsTest, SyntaxAndEvaluationErrorsCarryHostCodes) {
         {R"~(Evaluate ( "Evaluate ( \"1 +\" )" ))~", 1203},
         {"$$v[0]", 1200},
         {"Let ( $$v[-1] = 1 ; 1 )", 1200},
+        {"FMSim_TextAlign ( \"a\" ; \"middle\" )", 1200},
     };
     for (const ErrorCase& c : cases) {
         const calc_test::Outcome out = run(context, c.calculation);

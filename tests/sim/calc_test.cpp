@@ -305,6 +305,12 @@ TEST(CalcTest, StyleFunctionsAndCss) {
              R"(<span style = "font-weight: bold;text-align: left;">b</span>)"
              R"(<span style = "text-align: left;">c</span>)"},
             {R"(GetAsCSS ( "" ))", ""},
+            {R"(GetAsCSS ( FMSim_TextAlign ( "a" ; "Center" ) & ¶ & FMSim_TextAlign ( "b" ; "full" ) ))",
+             R"(<span style = "text-align: center;">a<br></span><span style = "text-align: full;">b</span>)"},
+            {R"(GetAsCSS ( GetValue ( "x¶" & FMSim_TextAlign ( "y" ; "right" ) ; 2 ) ))",
+             R"(<span style = "text-align: right;">y</span>)"},
+            {R"(GetAsCSS ( FMSim_TextAlign ( FMSim_TextAlign ( "a" ; "right" ) ; "none" ) ))",
+             R"(<span style = "text-align: left;">a</span>)"},
         });
 }
 

@@ -1,0 +1,392 @@
+#include "html/fragment.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <optional>
+
+#include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
+
+namespace rvl::html {
+
+namespace {
+
+// Face bits of the host's character style.
+constexpr fmx::uint16 kStrikethrough = 0x0001;
+constexpr fmx::uint16 kSmallCaps = 0x0002;
+constexpr fmx::uint16 kSuperscript = 0x0004;
+constexpr fmx::uint16 kSubscript = 0x0008;
+constexpr fmx::uint16 kUppercase = 0x0010;
+constexpr fmx::uint16 kLowercase = 0x0020;
+constexpr fmx::uint16 kWordUnderline = 0x0040;
+constexpr fmx::uint16 kDoubleUnderline = 0x0080;
+constexpr fmx::uint16 kBold = 0x0100;
+constexpr fmx::uint16 kItalic = 0x0200;
+constexpr fmx::uint16 kUnderline = 0x0400;
+constexpr fmx::uint16 kHighlight = 0x1000;
+constexpr fmx::uint16 kCondense = 0x2000;
+constexpr fmx::uint16 kExtend = 0x4000;
+
+bool has(fmx::uint16 face, fmx::uint16 bit) { return (face & bit) != 0; }
+
+void addFaceKeys(fmx::uint16 face, bool isSpaceChar, Formattings& f) {
+    if (has(face, kItalic)) f["italic"];
+    if (has(face, kBold)) f["bold"];
+    if (has(face, kHighlight)) f["highlight"];
+    if (has(face, kUnderline)) f["underline"];
+    if (has(face, kDoubleUnderline) && !has(face, kUnderline)) f["doubleunderline"];
+    // Word underline marks the spaces between words, not the words.
+    if (has(face, kWordUnderline) && !has(face, kUnderline) && !has(face, kDoubleUnderline) &&
+        isSpaceChar) {
+        f["underline"];
+    }
+    if (has(face, kStrikethrough)) f["strikethrough"];
+    if (has(face, kCondense)) f["condense"];
+    if (has(face, kExtend) && !has(face, kCondense)) f["extend"];
+    if (has(face, kSuperscript)) f["superscript"];
+    if (has(face, kSubscript) && !has(face, kSuperscript)) f["subscript"];
+    if (has(face, kSmallCaps)) f["smallcaps"];
+    if (has(face, kUppercase) && has(face, kLowercase)) {
+        f["titlecase"];
+    } else if (has(face, kUppercase)) {
+        f["uppercase"];
+    } else if (has(face, kLowercase)) {
+        f["lowercase"];
+    }
+}
+
+std::string getFontColor(const fmx::CharacterStyle& style) {
+    const fmx::Color& c = style.GetColor();
+    char buffer[8];
+    std::snprintf(buffer, sizeof buffer, "#%02x%02x%02x", c.GetRed(), c.GetGreen(), c.GetBlue());
+    return buffer;
+}
+
+Formattings formattingsFromStyle(const fmx::CharacterStyle& style, bool isSpaceChar,
+                                 StyleCache& cache) {
+    Formattings f;
+    if (style.IsAllDisabled()) return f;
+    addFaceKeys(style.GetFace(), isSpaceChar, f);
+    if (style.IsColorEnabled()) f["color"] = getFontColor(style);
+    if (const std::string& font = cache.getFontName(style); !font.empty()) f["font"] = font;
+    if (style.IsSizeEnabled()) f["size"] = std::to_string(style.GetSize()) + "px";
+    return f;
+}
+
+// One character's 8-bit form for the merge trace, converted as the host converts a text.
+void appendTraceChar(fmx::uint16 unit, std::string& out) {
+    if (unit < 0x80) {
+        out.push_back(static_cast<char>(unit));
+        return;
+    }
+    fmx::TextUniquePtr one;
+    one->AssignUnicodeWithLength(&unit, 1);
+    out += fmlib::StringFromFmText(*one);
+}
+
+// The pieces of `s` between delimiters, as explode() cuts them: none for an empty text, and no
+// empty piece after a trailing delimiter. Stops early when `f` answers false.
+template <class F>
+bool eachPiece(std::string_view s, char delimiter, F f) {
+    size_t start = 0;
+    while (start < s.size()) {
+        const size_t cut = s.find(delimiter, start);
+        if (!f(s.substr(start, cut == std::string_view::npos ? cut : cut - start))) return false;
+        if (cut == std::string_view::npos) break;
+        start = cut + 1;
+    }
+    return true;
+}
+
+template <class T>
+bool contains(const std::vector<T>& v, const T& x) {
+    return std::find(v.begin(), v.end(), x) != v.end();
+}
+
+template <class T>
+void removeAll(std::vector<T>& v, const T& x) {
+    v.erase(std::remove(v.begin(), v.end(), x), v.end());
+}
+
+}  // namespace
+
+void cFragment::getText(fmx::Text& text) const {
+    text.AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(chars_.data()),
+                                 static_cast<fmx::uint32>(chars_.size()));
+}
+
+std::string cFragment::traceText() const {
+    std::string out;
+    for (char16_t unit : chars_) appendTraceChar(unit, out);
+    return out;
+}
+
+std::string cFragment::getInlineCSS() const { return serialize_CSS(inlineCSS_, ""); }
+
+std::string cFragment::getInlineCSSClasses() const {
+    std::string out;
+    for (const std::string& name : classes_) {
+        if (!out.empty()) out += ' ';
+        out += name;
+    }
+    return out;
+}
+
+void cFragment::filterFormattings(const ParamVector& styleVector) {
+    for (auto it = formattings_.begin(); it != formattings_.end();) {
+        const bool listed =
+            std::any_of(styleVector.begin(), styleVector.end(),
+                        [&](const auto& entry) { return entry.first == it->first; });
+        it = listed ? std::next(it) : formattings_.erase(it);
+    }
+}
+
+void cFragment::extractFormattingCombinationToCreateTag(const std::string& combination,
+                                                        const std::string& tag) {
+    if (combination.empty() || tag.empty()) return;
+    const bool all = eachPiece(combination, '+',
+                               [&](std::string_view key) { return formattings_.contains(key); });
+    if (!all) return;
+    eachPiece(combination, '+', [&](std::string_view key) {
+        if (auto it = formattings_.find(key); it != formattings_.end()) formattings_.erase(it);
+        return true;
+    });
+    tags_.push_back(tag);
+}
+
+void cFragment::extractFormattingCombinationToCreateClass(const std::string& combination,
+                                                          const std::string& prefix,
+                                                          ClassMap& classMap) {
+    if (combination.empty()) return;
+    Formattings taken;
+    if (combination == "all") {
+        taken = formattings_;
+    } else {
+        const bool all = eachPiece(combination, '+', [&](std::string_view key) {
+            auto it = formattings_.find(key);
+            if (it == formattings_.end()) return false;
+            taken.insert(*it);
+            return true;
+        });
+        if (!all) return;
+    }
+    const std::string css = serialize_CSS(CSSFromFormattings(taken), "");
+    if (css.empty()) return;
+    classes_.push_back(get_or_create_class(css, prefix.empty() ? "rvl" : prefix, classMap));
+    for (const auto& entry : taken) formattings_.erase(entry.first);
+}
+
+bool cFragment::containsTag(const std::string& name) const { return contains(tags_, name); }
+void cFragment::removeTag(const std::string& name) { removeAll(tags_, name); }
+bool cFragment::containsCssClassName(const std::string& name) const {
+    return contains(classes_, name);
+}
+void cFragment::removeCssClassName(const std::string& name) { removeAll(classes_, name); }
+
+void cFragment::append(const cFragment& next) {
+    chars_ += next.chars_;
+    end_ = next.end_;
+}
+
+CSSMap CSSFromFormattings(const Formattings& f) {
+    CSSMap css;
+    auto set = [&](const char* key, const char* property, const std::string& value) {
+        if (f.contains(key)) css[property] = value;
+    };
+    set("bold", "font-weight", "bold");
+    set("italic", "font-style", "italic");
+    set("highlight", "background-color", "#FFFF00");
+    set("underline", "text-decoration", "underline");
+    if (f.contains("doubleunderline")) {
+        css["text-decoration"] = "underline";
+        css["text-decoration-style"] = "double";
+        css["-webkit-text-decoration-style"] = "double";
+    }
+    if (f.contains("strikethrough")) {
+        auto it = css.find("text-decoration");
+        if (it == css.end()) {
+            css["text-decoration"] = "line-through";
+        } else {
+            it->second += " line-through";
+        }
+    }
+    set("condense", "letter-spacing", "-2px");
+    set("extend", "letter-spacing", "2px");
+    set("superscript", "vertical-align", "super");
+    set("subscript", "vertical-align", "sub");
+    set("smallcaps", "font-variant", "small-caps");
+    set("uppercase", "text-transform", "uppercase");
+    set("lowercase", "text-transform", "lowercase");
+    set("titlecase", "text-transform", "capitalize");
+    for (const char* key : {"color", "font", "size"}) {
+        auto it = f.find(key);
+        if (it == f.end()) continue;
+        const char* property = key[0] == 'c'   ? "color"
+                               : key[0] == 'f' ? "font-family"
+                                               : "font-size";
+        css[property] = it->second;
+    }
+    return css;
+}
+
+std::string serialize_CSS(const CSSMap& css, const std::string& separator) {
+    std::string out;
+    for (const auto& [property, value] : css) {
+        out += property;
+        out += ':';
+        out += value;
+        out += ';';
+        out += separator;
+    }
+    return out;
+}
+
+const std::string& StyleCache::getFontName(const fmx::CharacterStyle& style) {
+    const fmx::CharacterStyle::FontID id = style.GetFont();
+    auto it = fontNames_.find(id);
+    if (it == fontNames_.end()) {
+        fmx::TextUniquePtr name;
+        if (!data_) data_.emplace();
+        (*data_)->GetFontInfo(id, *name, env_);
+        it = fontNames_.emplace(id, fmlib::StringFromFmText(*name)).first;
+    }
+    return it->second;
+}
+
+size_t StyleCache::lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fmx::uint16& face) {
+    Key key{~uint64_t{0}, 0};
+    face = 0;
+    if (!style.IsAllDisabled()) {
+        face = style.GetFace();
+        // Only word underline tells a space from another character.
+        const bool spaceCounts = has(face, kWordUnderline) && isSpaceChar;
+        const bool colorOn = style.IsColorEnabled();
+        uint64_t rgb = 0;
+        if (colorOn) {
+            const fmx::Color& c = style.GetColor();
+            rgb = uint64_t{c.GetRed()} << 16 | uint64_t{c.GetGreen()} << 8 | c.GetBlue();
+        }
+        const bool sizeOn = style.IsSizeEnabled();
+        const uint32_t size = sizeOn ? style.GetSize() : 0;
+        key.traits = uint64_t{face} | uint64_t{spaceCounts} << 16 | uint64_t{colorOn} << 17 |
+                     rgb << 18 | uint64_t{sizeOn} << 42;
+        key.fontAndSize = uint32_t{style.GetFont()} | size << 16;
+    }
+    auto [it, added] = index_.try_emplace(key, entries_.size());
+    if (added) {
+        Entry e;
+        e.formattings = formattingsFromStyle(style, isSpaceChar, *this);
+        e.css = serialize_CSS(CSSFromFormattings(e.formattings), "");
+        entries_.push_back(std::move(e));
+    }
+    return it->second;
+}
+
+Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 position,
+                                       const fmx::ExprEnv& env) {
+    fmx::CharacterStyleUniquePtr style;
+    text.GetStyle(*style, position);
+    fmx::TextUniquePtr one;
+    one->SetText(text, position, 1);
+    StyleCache cache(env);
+    return formattingsFromStyle(*style, isSpace(*one), cache);
+}
+
+FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                          StyleCache& cache) {
+    FragmentCuts cuts;
+    cuts.from = from;
+    if (from >= to) return cuts;
+    cuts.units.resize(to - from);
+    text.GetUnicode(cuts.units.data(), from, to - from);
+
+    fmx::CharacterStyleUniquePtr style;
+    fmx::CharacterStyleUniquePtr previous;
+    fmx::uint16 previousFace = 0;
+    bool previousSpace = false;
+    for (size_t i = 0; i < cuts.units.size(); ++i) {
+        const bool space = cuts.units[i] == u' ';
+        text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
+        // A character styled as the one before has its formatting set, and so its CSS; only
+        // word underline tells spaces from other characters.
+        const bool sameStyle = !cuts.starts.empty() && *style == *previous &&
+                               (!has(previousFace, kWordUnderline) || space == previousSpace);
+        previousSpace = space;
+        if (sameStyle) continue;
+        const size_t index = cache.lookup(*style, space, previousFace);
+        previous->Assign(*style);
+        // Equal CSS text continues the fragment, which keeps its first character's formatting.
+        if (!cuts.starts.empty()) {
+            const size_t current = cuts.starts.back().styleIndex;
+            if (index == current || cache.entry(index).css == cache.entry(current).css) continue;
+        }
+        cuts.starts.push_back({i, index});
+    }
+    return cuts;
+}
+
+std::vector<cFragment> fragmentsOf(const FragmentCuts& cuts, size_t first, size_t last) {
+    std::vector<cFragment> fragments(last - first);
+    for (size_t k = first; k < last; ++k) {
+        const size_t begin = cuts.starts[k].at;
+        const size_t end = k + 1 < cuts.starts.size() ? cuts.starts[k + 1].at : cuts.units.size();
+        cFragment& f = fragments[k - first];
+        f.chars_.assign(cuts.units.begin() + static_cast<ptrdiff_t>(begin),
+                        cuts.units.begin() + static_cast<ptrdiff_t>(end));
+        f.start_ = static_cast<int64_t>(cuts.from + begin);
+        f.end_ = static_cast<int64_t>(cuts.from + end);
+        f.styleIndex_ = cuts.starts[k].styleIndex;
+    }
+    return fragments;
+}
+
+std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                                        StyleCache& cache) {
+    const FragmentCuts cuts = cutFragments(text, from, to, cache);
+    return fragmentsOf(cuts, 0, cuts.starts.size());
+}
+
+std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                                        const fmx::ExprEnv& env) {
+    StyleCache cache(env);
+    std::vector<cFragment> fragments = extractFragments(text, from, to, cache);
+    for (cFragment& f : fragments) {
+        f.formattings_ = cache.entry(f.styleIndex_).formattings;
+        f.inlineCSS_ = CSSFromFormattings(f.formattings_);
+    }
+    return fragments;
+}
+
+bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b) {
+    return a.tags_ == b.tags_ && a.classes_ == b.classes_ && a.inlineCSS_ == b.inlineCSS_;
+}
+
+void mergeFragments(std::vector<cFragment>& fragments) {
+    if (fragments.empty()) return;
+    size_t last = 0;
+    for (size_t i = 1; i < fragments.size(); ++i) {
+        if (!fragmentsHaveEqualAppearance(fragments[last], fragments[i])) {
+            if (++last != i) fragments[last] = std::move(fragments[i]);
+            continue;
+        }
+        const std::string line = "Merging 2 fragments: '" + fragments[last].traceText() + "' + '" +
+                                 fragments[i].traceText() + "' \n";
+        std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
+        fragments[last].append(fragments[i]);
+    }
+    fragments.resize(last + 1);
+}
+
+std::string get_or_create_class(const std::string& css, const std::string& prefix,
+                                ClassMap& classMap) {
+    if (auto it = classMap.nameOfCSS.find(css); it != classMap.nameOfCSS.end()) return it->second;
+    unsigned& n = classMap.lastTaken[prefix];
+    std::string candidate = n == 0 ? prefix : prefix + std::to_string(n);
+    while (classMap.classes.contains(candidate)) candidate = prefix + std::to_string(++n);
+    classMap.classes.emplace(candidate, css);
+    classMap.nameOfCSS.emplace(css, candidate);
+    return candidate;
+}
+
+}  // namespace rvl::html

@@ -1,0 +1,452 @@
+// Ravelin_GetAsHTML ( source { ; tags ; classes ; styles } ).
+#include "html/get_as_html.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
+#include "frame/answers.h"
+#include "frame/exception_frame.h"
+#include "html/functions.h"
+
+namespace rvl::html {
+
+namespace {
+
+constexpr const char* kBlockTags[] = {"h1", "h2",  "h3",  "h4",       "h5",         "h6",
+                                      "p",  "pre", "div", "noscript", "blockquote", "address"};
+
+constexpr std::pair<const char*, const char*> kDefaultTags[] = {
+    {"bold", "b"},         {"italic", "i"},        {"underline", "u"},   {"strikethrough", "s"},
+    {"highlight", "mark"}, {"superscript", "sup"}, {"subscript", "sub"},
+};
+
+bool isBlockTag(const std::string& tag) {
+    return std::any_of(std::begin(kBlockTags), std::end(kBlockTags),
+                       [&](const char* t) { return tag == t; });
+}
+
+// Tags, class names and CSS are UTF-8; the HTML is built in UTF-16 units like the text.
+void appendUtf8(std::u16string& out, const std::string& s) {
+    for (size_t i = 0; i < s.size();) {
+        const auto b = static_cast<unsigned char>(s[i]);
+        if (b < 0x80) {
+            out.push_back(b);
+            ++i;
+            continue;
+        }
+        const int extra = b >= 0xF0 ? 3 : b >= 0xE0 ? 2 : b >= 0xC0 ? 1 : 0;
+        char32_t c = extra == 3 ? b & 0x07 : extra == 2 ? b & 0x0F : b & 0x1F;
+        size_t j = 1;
+        for (; j <= static_cast<size_t>(extra) && i + j < s.size(); ++j) {
+            const auto cont = static_cast<unsigned char>(s[i + j]);
+            if ((cont & 0xC0) != 0x80) break;
+            c = (c << 6) | (cont & 0x3F);
+        }
+        if (extra == 0 || j != static_cast<size_t>(extra) + 1 || c > 0x10FFFF) {
+            out.push_back(u'\uFFFD');
+            i += std::max<size_t>(j, 1);
+            continue;
+        }
+        i += j;
+        if (c >= 0x10000) {
+            c -= 0x10000;
+            out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
+            out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
+        } else {
+            out.push_back(static_cast<char16_t>(c));
+        }
+    }
+}
+
+void addDefaultFormattingsForTag(ParamVector& tags) {
+    for (const auto& [key, tag] : kDefaultTags) {
+        if (!paramVectorHasKey(tags, key)) tags.emplace_back(key, tag);
+    }
+}
+
+// The steps of per-fragment processing: tags, classes, then the inline style.
+void processFormattings(cFragment& f, ClassMap& classMap, const ParamVector& tags,
+                        const ParamVector& classes, const ParamVector& styles) {
+    for (const auto& [key, value] : tags) f.extractFormattingCombinationToCreateTag(key, value);
+    for (const auto& [key, value] : classes) {
+        f.extractFormattingCombinationToCreateClass(key, value, classMap);
+        if (key == "all") break;
+    }
+    if (!paramVectorHasKey(styles, "all")) f.filterFormattings(styles);
+    f.inlineCSS_ = CSSFromFormattings(f.formattings_);
+}
+
+// The opening and closing markup of a fragment around its text.
+FragmentMarkup markupOf(const cFragment& f) {
+    FragmentMarkup m;
+    if (f.tags_.empty()) {
+        if (!f.classes_.empty() || !f.inlineCSS_.empty()) {
+            appendUtf8(m.open, createTag("span", f));
+            m.close = u"</span>";
+        }
+        return m;
+    }
+    appendUtf8(m.open, createTag(f.tags_.front(), f));
+    for (size_t i = 1; i < f.tags_.size(); ++i) appendUtf8(m.open, "<" + f.tags_[i] + ">");
+    for (auto it = f.tags_.rbegin(); it != f.tags_.rend(); ++it) {
+        appendUtf8(m.close, "</" + *it + ">");
+    }
+    return m;
+}
+
+void escalateSharedBlockElement(Paragraph& p, std::vector<cFragment>& fragments) {
+    if (p.element.tags_.front() != "p") return;
+    for (const std::string& tag : fragments.front().tags_) {
+        if (!isBlockTag(tag)) continue;
+        const bool shared = std::all_of(fragments.begin() + 1, fragments.end(),
+                                        [&](const cFragment& f) { return f.containsTag(tag); });
+        if (!shared) continue;
+        p.element.tags_.front() = tag;
+        const std::string lifted = tag;  // `tag` lives in the first fragment's list
+        for (cFragment& f : fragments) {
+            f.removeTag(lifted);
+            f.markup_ = nullptr;
+        }
+        return;
+    }
+}
+
+void escalateSharedCssClasses(Paragraph& p, std::vector<cFragment>& fragments) {
+    const std::vector<std::string> candidates = fragments.front().classes_;
+    for (const std::string& name : candidates) {
+        const bool shared =
+            std::all_of(fragments.begin() + 1, fragments.end(),
+                        [&](const cFragment& f) { return f.containsCssClassName(name); });
+        if (!shared) continue;
+        p.element.classes_.push_back(name);
+        for (cFragment& f : fragments) {
+            f.removeCssClassName(name);
+            f.markup_ = nullptr;
+        }
+    }
+}
+
+void escalateSharedCssStyles(Paragraph& p, std::vector<cFragment>& fragments) {
+    const CSSMap candidates = fragments.front().inlineCSS_;
+    for (const auto& [property, value] : candidates) {
+        const bool shared = std::all_of(fragments.begin() + 1, fragments.end(), [&](const auto& f) {
+            auto it = f.inlineCSS_.find(property);
+            return it != f.inlineCSS_.end() && it->second == value;
+        });
+        if (!shared) continue;
+        p.element.inlineCSS_[property] = value;
+        for (cFragment& f : fragments) {
+            f.inlineCSS_.erase(property);
+            f.markup_ = nullptr;
+        }
+    }
+}
+
+// The text of `prefix` + `source` + `suffix` evaluated in the caller's file.
+fmx::DataUniquePtr evaluateOnFM(const std::string& prefix, const fmx::Text& source,
+                                const std::string& suffix, const fmx::ExprEnv& env) {
+    fmx::TextUniquePtr expression(prefix, fmx::kEncoding_UTF8);
+    expression->AppendText(source);
+    expression->AppendText(*fmx::TextUniquePtr(suffix, fmx::kEncoding_UTF8));
+    fmx::DataUniquePtr value;
+    env.Evaluate(*expression, *value);
+    return value;
+}
+
+// A paragraph without element has no escalation, which needs all its fragments at once: its
+// fragments are made, processed, merged and written a batch at a time, the last of each batch
+// held back for merging with the next, so that memory stays small for long texts. The result is
+// that of transformRichtextToHTML with alignment "none".
+void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32 to,
+                          const ParamVector& tags, const ParamVector& classes,
+                          const ParamVector& styles, Conversion& conversion, std::u16string& body) {
+    constexpr size_t kBatch = 4096;
+    const FragmentCuts cuts = cutFragments(source, from, to, conversion.styleCache);
+    Paragraph bare;
+    std::vector<cFragment> held;
+    for (size_t first = 0; first < cuts.starts.size(); first += kBatch) {
+        std::vector<cFragment> batch =
+            fragmentsOf(cuts, first, std::min(first + kBatch, cuts.starts.size()));
+        fragmentsPostProcessing(batch, conversion, tags, classes, styles);
+        if (!held.empty()) batch.insert(batch.begin(), std::move(held.front()));
+        mergeFragments(batch);
+        held.assign(std::make_move_iterator(batch.end() - 1), std::make_move_iterator(batch.end()));
+        batch.pop_back();
+        produceHTMLfromFragments(bare, batch, body);
+    }
+    produceHTMLfromFragments(bare, held, body);
+}
+
+void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
+                       const ParamVector& styles, Conversion& conversion, std::u16string& body) {
+    const fmx::uint32 size = source.GetSize();
+    std::vector<fmx::uint16> units(size);
+    if (size > 0) source.GetUnicode(units.data(), 0, size);
+    fmx::uint32 start = 0;
+    for (fmx::uint32 i = 0; i <= size; ++i) {
+        if (i < size && units[i] != u'\r') continue;
+        convertBareParagraph(source, start, i, tags, classes, styles, conversion, body);
+        start = i + 1;
+    }
+}
+
+void convertVariableValues(const fmx::Text& source, const ParamVector& tags,
+                           const ParamVector& classes, const ParamVector& styles,
+                           const fmx::ExprEnv& env, Conversion& conversion, std::u16string& body) {
+    const std::string count =
+        fmlib::StringFromFmText(evaluateOnFM("ValueCount(", source, ")", env)->GetAsText());
+    const long values = std::strtol(count.c_str(), nullptr, 10);
+    for (long n = 1; n <= values; ++n) {
+        std::string index = ";";
+        index += std::to_string(n);
+        index += ")";
+        const std::string css = fmlib::StringFromFmText(
+            evaluateOnFM("GetAsCSS(GetValue(", source, index + ")", env)->GetAsText());
+        std::string alignment = parseAlignmentFromGetAsCSS(css);
+        if (alignment == "left") alignment = "none";
+        const fmx::DataUniquePtr value = evaluateOnFM("GetValue(", source, index, env);
+        const fmx::Text& text = value->GetAsText();
+        std::vector<cFragment> fragments =
+            extractFragments(text, 0, text.GetSize(), conversion.styleCache);
+        transformRichtextToHTML(alignment, tags, classes, styles, fragments, conversion, body);
+    }
+}
+
+}  // namespace
+
+ParamVector parseTagOrClassOrStyleParam(const fmx::Text& text, bool withValues) {
+    ParamVector entries;
+    if (isEmpty(text)) return entries;
+    for (std::string piece : explode(fmlib::StringFromFmText(text), '\r')) {
+        if (!withValues) {
+            entries.emplace_back(toLower(piece), "");
+            continue;
+        }
+        if (toLower(piece) == "all") piece = "all=rvl";
+        const std::vector<std::string> parts = explode(piece, '=');
+        if (parts.size() >= 2) entries.emplace_back(toLower(parts[0]), parts[1]);
+    }
+    return entries;
+}
+
+bool paramVectorHasKey(const ParamVector& v, const std::string& key) {
+    return std::any_of(v.begin(), v.end(), [&](const auto& e) { return e.first == key; });
+}
+
+std::string paramVectorGetValue(const ParamVector& v, const std::string& key) {
+    auto it = std::find_if(v.begin(), v.end(), [&](const auto& e) { return e.first == key; });
+    return it == v.end() ? std::string() : it->second;
+}
+
+void paramVectorEraseKey(ParamVector& v, const std::string& key) {
+    auto it = std::find_if(v.begin(), v.end(), [&](const auto& e) { return e.first == key; });
+    if (it != v.end()) v.erase(it);
+}
+
+Paragraph createParagraphFragment(const std::string& alignment, const ParamVector& tags,
+                                  const ParamVector& classes, const ParamVector& styles,
+                                  ClassMap& classMap) {
+    Paragraph p;
+    if (alignment == "none") return p;
+    p.hasElement = true;
+    const std::string cssAlignment = alignment == "right"    ? "right"
+                                     : alignment == "center" ? "center"
+                                     : alignment == "full"   ? "justify"
+                                                             : "";
+    if (paramVectorHasKey(tags, alignment)) {
+        p.element.tags_.push_back(paramVectorGetValue(tags, alignment));
+        return p;
+    }
+    p.element.tags_.push_back("p");
+    if (cssAlignment.empty()) return p;
+    std::string prefix;
+    if (paramVectorHasKey(classes, alignment)) {
+        prefix = paramVectorGetValue(classes, alignment);
+    } else if (paramVectorHasKey(classes, "all")) {
+        prefix = paramVectorGetValue(classes, "all");
+    } else if (paramVectorHasKey(styles, alignment) || paramVectorHasKey(styles, "all")) {
+        p.element.inlineCSS_["text-align"] = cssAlignment;
+    }
+    if (!prefix.empty()) {
+        p.element.classes_.push_back(
+            get_or_create_class("text-align:" + cssAlignment + ";", prefix, classMap));
+    }
+    return p;
+}
+
+std::string createTag(const std::string& tag, const cFragment& fragment) {
+    std::string out = "<" + tag;
+    if (const std::string classes = fragment.getInlineCSSClasses(); !classes.empty()) {
+        out += " class=\"" + classes + "\"";
+    }
+    if (const std::string css = fragment.getInlineCSS(); !css.empty()) {
+        out += " style=\"" + css + "\"";
+    }
+    return out + ">";
+}
+
+void addEntitiesAndFixEndlines(const std::u16string& text, std::u16string& out) {
+    for (char16_t c : text) {
+        switch (c) {
+            case u'<':
+                out += u"&lt;";
+                break;
+            case u'>':
+                out += u"&gt;";
+                break;
+            case u'&':
+                out += u"&amp;";
+                break;
+            case u'\n':
+            case u'\u2028':
+                out += u"<br/>\r";
+                break;
+            case u'\u00A0':
+                out += u"&nbsp;";
+                break;
+            default:
+                out.push_back(c);
+        }
+    }
+}
+
+void produceHTMLfromFragments(Paragraph& paragraph, std::vector<cFragment>& fragments,
+                              std::u16string& body) {
+    if (paragraph.hasElement) {
+        if (!fragments.empty()) {
+            escalateSharedBlockElement(paragraph, fragments);
+            escalateSharedCssClasses(paragraph, fragments);
+            escalateSharedCssStyles(paragraph, fragments);
+        }
+        appendUtf8(body, createTag(paragraph.element.tags_.front(), paragraph.element));
+    }
+    for (const cFragment& f : fragments) {
+        if (f.chars_.empty()) continue;
+        if (f.markup_) {
+            body += f.markup_->open;
+            addEntitiesAndFixEndlines(f.chars_, body);
+            body += f.markup_->close;
+            continue;
+        }
+        const FragmentMarkup m = markupOf(f);
+        body += m.open;
+        addEntitiesAndFixEndlines(f.chars_, body);
+        body += m.close;
+    }
+    if (paragraph.hasElement) {
+        appendUtf8(body, "</" + paragraph.element.tags_.front() + ">");
+        body += u'\r';
+    }
+}
+
+void appendCssClasses(const ClassMap& classMap, const std::string& lead, std::u16string& result) {
+    if (classMap.empty()) return;
+    appendUtf8(result, "<style type=\"text/css\">" + lead);
+    result += u'\r';
+    for (const auto& [name, css] : classMap.classes) {
+        appendUtf8(result, "." + name + " { " + css + " }");
+        result += u'\r';
+    }
+    result += u"</style>\r";
+}
+
+void fragmentsPostProcessing(std::vector<cFragment>& fragments, Conversion& conversion,
+                             const ParamVector& tags, const ParamVector& classes,
+                             const ParamVector& styles) {
+    if (conversion.processed.size() < conversion.styleCache.size()) {
+        conversion.processed.resize(conversion.styleCache.size());
+    }
+    for (cFragment& f : fragments) {
+        std::unique_ptr<ProcessedStyle>& done = conversion.processed[f.styleIndex_];
+        if (!done) {
+            f.formattings_ = conversion.styleCache.entry(f.styleIndex_).formattings;
+            processFormattings(f, conversion.classMap, tags, classes, styles);
+            done = std::make_unique<ProcessedStyle>(
+                ProcessedStyle{f.tags_, f.classes_, f.inlineCSS_, f.formattings_, markupOf(f)});
+        } else {
+            f.tags_ = done->tags;
+            f.classes_ = done->classes;
+            f.inlineCSS_ = done->inlineCSS;
+            f.formattings_ = done->remaining;
+        }
+        f.markup_ = &done->markup;
+    }
+}
+
+void transformRichtextToHTML(const std::string& alignment, const ParamVector& tags,
+                             const ParamVector& classes, const ParamVector& styles,
+                             std::vector<cFragment>& fragments, Conversion& conversion,
+                             std::u16string& body) {
+    fragmentsPostProcessing(fragments, conversion, tags, classes, styles);
+    mergeFragments(fragments);
+    Paragraph paragraph =
+        createParagraphFragment(alignment, tags, classes, styles, conversion.classMap);
+    produceHTMLfromFragments(paragraph, fragments, body);
+}
+
+std::string parseAlignmentFromGetAsCSS(const std::string& css) {
+    const size_t at = css.find("text-align");
+    if (at == std::string::npos) return "left";
+    size_t i = at + std::string_view("text-align").size();
+    while (i < css.size() && (css[i] == ' ' || css[i] == ':')) ++i;
+    size_t end = i;
+    while (end < css.size() && css[end] >= 'a' && css[end] <= 'z') ++end;
+    return end == i ? "left" : css.substr(i, end - i);
+}
+
+void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Text& tagsText,
+                                         const fmx::Text& classesText, const fmx::Text& stylesText,
+                                         const fmx::ExprEnv& env, fmx::Data& result) {
+    ParamVector tags = parseTagOrClassOrStyleParam(tagsText, true);
+    const ParamVector classes = parseTagOrClassOrStyleParam(classesText, true);
+    const ParamVector styles = parseTagOrClassOrStyleParam(stylesText, false);
+    if (paramVectorHasKey(tags, "all")) {
+        paramVectorEraseKey(tags, "all");
+        addDefaultFormattingsForTag(tags);
+    }
+
+    Conversion conversion(env);
+    // Markup mostly adds to the text: room for twice its length spares the copies of growing.
+    std::u16string body;
+    body.reserve(std::min<size_t>(2 * size_t{source.GetSize()} + 64, size_t{1} << 26));
+    fmx::uint16 first = 0;
+    if (source.GetSize() > 0) source.GetUnicode(&first, 0, 1);
+    const bool variable =
+        first == u'$' &&
+        fmlib::StringFromFmText(evaluateOnFM("isEmpty(", source, ")", env)->GetAsText()) == "0";
+    if (variable) {
+        convertVariableValues(source, tags, classes, styles, env, conversion, body);
+    } else {
+        convertParagraphs(source, tags, classes, styles, conversion, body);
+    }
+
+    std::u16string styleBlock;
+    appendCssClasses(conversion.classMap, "", styleBlock);
+    body.insert(0, styleBlock);
+    fmx::TextUniquePtr out;
+    out->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(body.data()),
+                                 static_cast<fmx::uint32>(body.size()));
+    result.SetAsText(*out, result.GetLocale());
+}
+
+}  // namespace rvl::html
+
+fmx::errcode Ravelin_GetAsHTML(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                               fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        const fmx::uint32 count = args.Size();
+        if (count < 1) {
+            return rvl::AnswerBadParameters("Input parameter is missing", env, result);
+        }
+        fmx::TextUniquePtr tags("all");
+        fmx::TextUniquePtr classes("all=rvl");
+        fmx::TextUniquePtr styles("all");
+        if (count > 1) tags->SetText(args.AtAsText(1));
+        if (count > 2) classes->SetText(args.AtAsText(2));
+        if (count > 3) styles->SetText(args.AtAsText(3));
+        rvl::html::transformRichtextToHTMLWithEvaluate(args.AtAsText(0), *tags, *classes, *styles,
+                                                       env, result);
+    });
+}
