@@ -1,5 +1,6 @@
 #include "entry/function_table.h"
 
+#include "encoding/functions.h"
 #include "entry/placeholders.h"
 #include "globals/functions.h"
 #include "info/functions.h"
