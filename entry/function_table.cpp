@@ -5,6 +5,7 @@
 #include "globals/functions.h"
 #include "info/functions.h"
 #include "merge/functions.h"
+#include "regex/functions.h"
 #include "scripts/functions.h"
 #include "sql/functions.h"
 

@@ -7,8 +7,6 @@
         return rvl::AnswerNotImplemented(env, result);                                           \
     }
 
-NOT_IMPLEMENTED_YET(Ravelin_RegExp_Substitute)
-NOT_IMPLEMENTED_YET(Ravelin_RegExp_PatternCount)
 NOT_IMPLEMENTED_YET(Ravelin_GetClientPublicIPAddress)
 NOT_IMPLEMENTED_YET(Ravelin_GetNameForIP)
 NOT_IMPLEMENTED_YET(Ravelin_GetIPforName)

@@ -6,8 +6,6 @@
 #include "host/fmx.h"
 
 // clang-format off
-fmx::errcode Ravelin_RegExp_Substitute(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_RegExp_PatternCount(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_GetClientPublicIPAddress(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_GetNameForIP(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
 fmx::errcode Ravelin_GetIPforName(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
