@@ -1,7 +1,8 @@
 // Ravelin_Encode ( "UTF-8 to Base64" ; text ) and Ravelin_Decode ( "Base64 to UTF-8" ; text ).
+#include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "encoding/base64.h"
 #include "encoding/functions.h"
@@ -33,14 +34,18 @@ bool checkArguments(const fmx::DataVect& args, const char** keywords, unsigned c
     return true;
 }
 
-// The text's bytes in `encoding`, fetched into `perUnit` bytes per UTF-16 unit and one more.
-std::vector<char> bytesOf(const fmx::Text& text, std::size_t perUnit, fmx::int32 encoding) {
-    std::vector<char> buffer(std::size_t{text.GetSize()} * perUnit + 1, '\0');
-    if (buffer.size() > 1) {
-        text.GetBytes(buffer.data(), static_cast<fmx::uint32>(buffer.size()), 0, fmx::kSize_End,
-                      encoding);
+// The text's bytes in `encoding`, fetched into `perUnit` bytes per UTF-16 unit and one more,
+// up to the first zero byte. Only what the host writes is touched: the buffer of a long text
+// is mostly never used.
+std::string_view bytesOf(const fmx::Text& text, std::size_t perUnit, fmx::int32 encoding,
+                         std::unique_ptr<char[]>& buffer) {
+    const std::size_t size = std::size_t{text.GetSize()} * perUnit + 1;
+    buffer = std::make_unique_for_overwrite<char[]>(size);
+    buffer[0] = '\0';
+    if (size > 1) {
+        text.GetBytes(buffer.get(), static_cast<fmx::uint32>(size), 0, fmx::kSize_End, encoding);
     }
-    return buffer;
+    return {buffer.get(), std::strlen(buffer.get())};
 }
 
 }  // namespace
@@ -49,12 +54,16 @@ fmx::errcode Ravelin_Encode(short, const fmx::ExprEnv& env, const fmx::DataVect&
                             fmx::Data& result) {
     return rvl::RunInExceptionFrame(env, result, [&] {
         if (!checkArguments(args, encodeKeywords, 1, env, result)) return;
-        const std::vector<char> utf8 = bytesOf(args.AtAsText(1), 4, fmx::kEncoding_UTF8);
+        const fmx::Text& text = args.AtAsText(1);
+        std::unique_ptr<char[]> buffer;
+        // A zero byte (a NUL character) ends what is encoded.
+        const std::string_view utf8 = bytesOf(text, 4, fmx::kEncoding_UTF8, buffer);
         fmx::TextUniquePtr output;
-        if (utf8.size() > 1) {
-            // A zero byte (a NUL character) ends what is encoded.
-            const std::string encoded = B64_Encode({utf8.data(), std::strlen(utf8.data())});
-            output->Assign(encoded, fmx::kEncoding_Native);
+        if (text.GetSize() > 0) {
+            // Base64 is ASCII: its units are the native bytes, without the host decoding them.
+            const std::u16string encoded = B64_Encode16(utf8);
+            output->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(encoded.data()),
+                                            static_cast<fmx::uint32>(encoded.size()));
         }
         fmlib::SetResultText(result, *output);
     });
@@ -68,10 +77,13 @@ fmx::errcode Ravelin_Decode(short, const fmx::ExprEnv& env, const fmx::DataVect&
         const std::size_t units = text.GetSize();
         // Base64 is ASCII, one byte per unit; anything else read in its place decodes as zero
         // bits like any other character outside the alphabet.
-        const std::vector<char> characters = bytesOf(text, 1, fmx::kEncoding_Native);
+        std::unique_ptr<char[]> buffer;
+        bytesOf(text, 1, fmx::kEncoding_Native, buffer);
         fmx::TextUniquePtr output;
         if (units > 0) {
-            const std::string decoded = B64_Decode({characters.data(), units});
+            // Past a zero byte the buffer holds zeros, as the host wrote them.
+            std::fill(buffer.get() + std::strlen(buffer.get()), buffer.get() + units + 1, '\0');
+            const std::string decoded = B64_Decode({buffer.get(), units});
             if (!decoded.empty()) output->Assign(decoded, fmx::kEncoding_UTF8);
         }
         fmlib::SetResultText(result, *output);
