@@ -1,11 +1,12 @@
 #include "entry/function_table.h"
 
-#include "entry/placeholders.h"
+#include "encoding/functions.h"
 #include "globals/functions.h"
 #include "html/functions.h"
 #include "info/functions.h"
 #include "merge/functions.h"
 #include "net/functions.h"
+#include "regex/functions.h"
 #include "scripts/functions.h"
 #include "sql/functions.h"
 

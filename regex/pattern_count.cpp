@@ -1,0 +1,81 @@
+// Ravelin_RegExp_PatternCount ( text ; searchPattern ): how many non-overlapping matches, with
+// ICU's regular expressions and their rules for empty matches (after an empty match the search
+// goes on one code point further), answered as text.
+//
+// Limits: both arguments are cut at 1023 bytes, which keeps ICU's backtracking stack (8 MB by
+// default, kept) far from its limit. A catastrophic pattern is stopped by ICU's time limit,
+// kMatchTimeLimit steps of its matcher (about a second of work); a hit limit answers a text saying
+// which limit it was, instead of a count.
+#include <unicode/uregex.h>
+#include <unicode/ustring.h>
+
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "fmlib/convert.h"
+#include "frame/answers.h"
+#include "regex/functions.h"
+
+namespace {
+
+constexpr fmx::uint32 kArgumentBuffer = 1024;
+// ICU's steps are roughly milliseconds of work.
+constexpr int32_t kMatchTimeLimit = 5000;
+
+// The argument's bytes in the host's native encoding, at most 1023 of them.
+std::string argumentBytes(const fmx::Text& text) {
+    char buffer[kArgumentBuffer] = {};
+    text.GetBytes(buffer, kArgumentBuffer, 0, fmx::kSize_End, fmx::kEncoding_Native);
+    return std::string(buffer);
+}
+
+std::u16string utf16Of(const std::string& utf8) {
+    std::u16string units(utf8.size() + 1, u'\0');
+    int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(units.data(), static_cast<int32_t>(units.size()), &length, utf8.data(),
+                         static_cast<int32_t>(utf8.size()), 0xFFFD, nullptr, &status);
+    units.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
+    return units;
+}
+
+struct RegexCloser {
+    void operator()(URegularExpression* re) const { uregex_close(re); }
+};
+
+std::string patternCount(const std::string& text, const std::string& pattern) {
+    const std::u16string patternUnits = utf16Of(pattern);
+    const std::u16string textUnits = utf16Of(text);
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError where;
+    // An empty pattern is refused like any invalid one (ICU's length check).
+    const std::unique_ptr<URegularExpression, RegexCloser> re(uregex_open(
+        patternUnits.data(), static_cast<int32_t>(patternUnits.size()), 0, &where, &status));
+    if (U_FAILURE(status)) return "The value \u201C" + pattern + "\u201D is invalid.";
+    uregex_setText(re.get(), textUnits.data(), static_cast<int32_t>(textUnits.size()), &status);
+    uregex_setTimeLimit(re.get(), kMatchTimeLimit, &status);
+    long count = 0;
+    while (U_SUCCESS(status) && uregex_findNext(re.get(), &status)) ++count;
+    if (status == U_REGEX_TIME_OUT) return "The pattern takes too long to match on this text.";
+    if (status == U_REGEX_STACK_OVERFLOW) return "The pattern needs too much memory on this text.";
+    if (U_FAILURE(status)) throw std::bad_alloc();
+    return std::to_string(count);
+}
+
+}  // namespace
+
+// No exception frame: a failing host call leaves as an exception, as in the other functions
+// that answer text.
+fmx::errcode Ravelin_RegExp_PatternCount(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                                         fmx::Data& result) {
+    if (args.Size() < 2) {
+        rvl::AnswerBadParameters("At least two parameters needed", env, result);
+        return 0;
+    }
+    const std::string answer =
+        patternCount(argumentBytes(args.AtAsText(0)), argumentBytes(args.AtAsText(1)));
+    fmlib::SetResultText(result, answer, fmx::kEncoding_Native);
+    return 0;
+}

@@ -1,0 +1,139 @@
+// Ravelin_RegExp_Substitute ( text ; searchPattern ; replaceString1 { ; replaceString2 ... } ).
+//
+// Rules kept on purpose: source text that a match covers after its last replaced group is
+// dropped, and the pattern's text after its last ")" is appended once where the substitution
+// ends; a match whose group 1 is missing or empty ends all substitution.
+//
+// The matching runs apart from the host calls: first all matches are found on a thread of its
+// own (libstdc++'s matcher recurses per character, so its stack must fit the text), then the
+// output is built here from the positions.
+#include "regex/substitute.h"
+
+#include <algorithm>
+// GCC 12 with the address sanitizer sees std::function members of the regex compiler's states
+// as maybe uninitialized; they are not.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include <regex>
+#pragma GCC diagnostic pop
+#include <stdexcept>
+
+#include "fmlib/convert.h"
+#include "fmlib/stop.h"
+#include "frame/answers.h"
+#include "frame/exception_frame.h"
+#include "regex/big_stack.h"
+#include "regex/functions.h"
+#include "regex/stack_estimate.h"
+
+namespace rvl {
+
+SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::wstring& source,
+                                        unsigned replacements) {
+    const std::size_t needed = RegexStackBytes(pattern, source.size());
+    const bool fits = needed <= kRegexStackLimit;
+    SubstituteMatches found;
+    RunOnBigStack(fits ? needed : RegexStackBytes(pattern, 0), [&] {
+        const std::wregex expression(pattern);
+        const unsigned marks = expression.mark_count();
+        if (marks == 0) return;
+        if (!fits) throw std::length_error("The text is too long for this pattern");
+        found.groups = std::min(replacements, marks);
+        const auto begin = source.begin();
+        auto at = [&](std::wstring::const_iterator it) {
+            return static_cast<uint32_t>(it - begin);
+        };
+        auto from = begin;
+        auto flags = std::regex_constants::match_default;
+        std::wsmatch m;
+        while (std::regex_search(from, source.end(), m, expression, flags)) {
+            if (!m[1].matched || m[1].length() == 0) break;
+            // Only a lookahead can capture without the match taking a character; the same match
+            // would come back for ever.
+            if (m[0].length() == 0) break;
+            found.spans.push_back(at(m[0].first));
+            found.spans.push_back(at(m[0].second));
+            for (unsigned k = 1; k <= found.groups; ++k) {
+                found.spans.push_back(at(m[k].first));
+                found.spans.push_back(at(m[k].second));
+            }
+            from = m[0].second;
+            flags = std::regex_constants::match_prev_avail;
+        }
+    });
+    return found;
+}
+
+}  // namespace rvl
+
+namespace fmlib {
+
+void RegExpPerformSubstitute(fmx::Text& output, const fmx::DataVect& dataVect) {
+    RegExpPerformSubstitute_Impl(output, dataVect);
+}
+
+void RegExpPerformSubstitute_Impl(fmx::Text& output, const fmx::DataVect& dataVect) {
+    StopUnless(dataVect.Size() > 2, "dataVect.Size() > 2", "RegExpPerformSubstitute_Impl");
+    const fmx::Text& source = dataVect.AtAsText(0);
+    const fmx::Text& pattern = dataVect.AtAsText(1);
+    const unsigned replacements = dataVect.Size() - 2;
+    fmx::CharacterStyleUniquePtr patternStyle;
+    pattern.GetStyle(*patternStyle, 0);
+    const bool styled = !patternStyle->IsAllDisabled();
+    const std::wstring patternUnits = WStringFromFMText(pattern);
+    const std::size_t lastClose = patternUnits.rfind(L')');
+    // Each wide character is one UTF-16 unit of the pattern.
+    const std::u16string trailing =
+        lastClose == std::wstring::npos
+            ? std::u16string()
+            : std::u16string(patternUnits.begin() + lastClose + 1, patternUnits.end());
+
+    const rvl::SubstituteMatches found =
+        rvl::FindSubstituteMatches(patternUnits, WStringFromFMText(source), replacements);
+
+    fmx::CharacterStyleUniquePtr matchStyle;
+    uint32_t p = 0;
+    const std::size_t stride = 2 + 2 * std::size_t{found.groups};
+    for (std::size_t m = 0; m + stride <= found.spans.size(); m += stride) {
+        const uint32_t* span = &found.spans[m];
+        bool replace = true;
+        if (styled) {
+            source.GetStyle(*matchStyle, span[0]);
+            replace = *matchStyle == *patternStyle;
+        }
+        for (unsigned k = 1; k <= found.groups; ++k) {
+            const uint32_t start = span[2 * k], end = span[2 * k + 1];
+            // A group that starts before the copy position (a nested one) wraps round to a
+            // length that copies the rest of the text, as the host clamps it.
+            output.AppendText(source, p, start - p);
+            if (replace) {
+                output.AppendText(dataVect.AtAsText(k + 1));
+            } else {
+                output.AppendText(source, start, end - start);
+            }
+            p = end;
+        }
+        p = span[1];
+    }
+    if (!trailing.empty()) {
+        fmx::TextUniquePtr literal;
+        literal->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(trailing.c_str()),
+                                         static_cast<fmx::uint32>(trailing.size()));
+        output.AppendText(*literal);
+    }
+    output.AppendText(source, p, fmx::kSize_End);
+}
+
+}  // namespace fmlib
+
+fmx::errcode Ravelin_RegExp_Substitute(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+                                       fmx::Data& result) {
+    return rvl::RunInExceptionFrame(env, result, [&] {
+        if (args.Size() < 3) {
+            return rvl::AnswerBadParameters("At least three parameters needed", env, result);
+        }
+        fmx::TextUniquePtr output;
+        fmlib::RegExpPerformSubstitute(*output, args);
+        fmlib::SetResultText(result, *output);
+    });
+}
