@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/fmx_types.h"
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim::calc {
 

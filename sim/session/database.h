@@ -2,16 +2,16 @@
 // "?" markers, and SQLite's failures mapped to the host's SQL error code.
 #pragma once
 
-#include <memory_resource>
 #include <memory>
+#include <memory_resource>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "sim/core/value.h"
 #include "sim/session/sql_values.h"
-#include "sim/value.h"
 
 struct sqlite3;
 

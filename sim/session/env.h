@@ -7,8 +7,8 @@
 #include <string>
 
 #include "host/fmx_types.h"
+#include "sim/core/value.h"
 #include "sim/session/variables.h"
-#include "sim/value.h"
 
 namespace sim {
 

@@ -5,8 +5,8 @@
 #include <ctime>
 #include <stdexcept>
 
+#include "sim/core/text.h"
 #include "sim/session/heap_policy.h"
-#include "sim/text.h"
 
 namespace sim {
 

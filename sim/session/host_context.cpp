@@ -1,6 +1,6 @@
 #include "sim/session/host_context.h"
 
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/host.h"
 
 namespace sim {

@@ -4,7 +4,7 @@
 #include <new>
 #include <thread>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 

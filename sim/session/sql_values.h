@@ -5,7 +5,7 @@
 #include <memory_resource>
 #include <string>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 struct sqlite3_stmt;
 

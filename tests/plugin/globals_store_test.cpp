@@ -10,8 +10,8 @@
 #include "globals/store.h"
 #include "info_test_support.h"
 #include "plugin_test_support.h"
-#include "sim/encoding.h"
-#include "sim/faults.h"
+#include "sim/abi/faults.h"
+#include "sim/core/encoding.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "sim/calc/context.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim::fake {
 

@@ -1,5 +1,5 @@
 // Numbers, dates and values: text forms, parsing and conversions between types.
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 namespace {
@@ -47,20 +47,33 @@ TEST(Number, SixteenDigitsAgreeWithTheGeneralConversion) {
         return std::string(buf, end);
     };
     std::vector<double> samples = {
-        1e-4, 0.00012207031250000005, 9.999999999999999e14, 999999999999999.875,
+        1e-4,
+        0.00012207031250000005,
+        9.999999999999999e14,
+        999999999999999.875,
         12345678901.234375,  // 17 digits ending in 5: a tie rounded to even
-        12345678901.171875, 0.1, 0.7, 9.1, 99.99999999999999, 1.0000000000000002,
-        8.000000000000002, 9.999999999999998, 5e-5 * 3, 1234.5678,
+        12345678901.171875,
+        0.1,
+        0.7,
+        9.1,
+        99.99999999999999,
+        1.0000000000000002,
+        8.000000000000002,
+        9.999999999999998,
+        5e-5 * 3,
+        1234.5678,
     };
     std::mt19937_64 random(20261121);
     std::uniform_real_distribution<double> exponent(-4, 15);
     std::uniform_real_distribution<double> unit(1, 10);
-    for (int i = 0; i < 200000; ++i) samples.push_back(unit(random) * std::pow(10, exponent(random)));
+    for (int i = 0; i < 200000; ++i)
+        samples.push_back(unit(random) * std::pow(10, exponent(random)));
     for (int k = 1; k < 40; ++k)  // dyadic fractions, whose digits end exactly
         samples.push_back(std::ldexp(static_cast<double>(random() >> 11), -k));
     // Whole numbers take their own path: powers of ten, the numbers just below, and any.
     for (double p = 1; p < 1e15; p *= 10) samples.insert(samples.end(), {p, p - 1, p + 7});
-    for (int i = 0; i < 1000; ++i) samples.push_back(static_cast<double>(random() % 1000000000000000));
+    for (int i = 0; i < 1000; ++i)
+        samples.push_back(static_cast<double>(random() % 1000000000000000));
     for (double d : samples) {
         if (d < 1e-4 || d >= 1e15) continue;
         ASSERT_EQ(utf8(formatNumber({d})), reference(d)) << d;

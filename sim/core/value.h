@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim {
 

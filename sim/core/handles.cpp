@@ -1,6 +1,6 @@
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 
-#include "sim/objects.h"
+#include "sim/core/objects.h"
 
 namespace sim {
 

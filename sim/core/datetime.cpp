@@ -5,9 +5,9 @@
 #include <ctime>
 #include <string>
 
-#include "sim/decimal.h"
-#include "sim/encoding.h"
-#include "sim/value.h"
+#include "sim/core/decimal.h"
+#include "sim/core/encoding.h"
+#include "sim/core/value.h"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // FM_DataVect_* and FM_RowVect_*: argument vectors and SQL result rows.
-#include "sim/abi_guard.h"
+#include "sim/abi/guard.h"
 
 using namespace sim;
 using namespace sim::abi;

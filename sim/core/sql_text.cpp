@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim {
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "host/fmx_abi.h"
-#include "sim/abi_guard.h"
-#include "sim/handles.h"
-#include "sim/objects.h"
+#include "sim/abi/guard.h"
+#include "sim/core/handles.h"
+#include "sim/core/objects.h"
 #include "sim/session/database.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"

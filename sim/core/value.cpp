@@ -1,8 +1,8 @@
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 #include <cmath>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 
