@@ -44,33 +44,6 @@ private:
     std::pmr::vector<sim::DataObjPtr>* items_ = nullptr;
 };
 
-// Joins a result's text forms with single-unit separators. A cell lives only until it is
-// appended, so the units of its text go to scratch memory released row by row.
-class JoinedText final : public sim::Database::RowSink {
-public:
-    JoinedText(char16_t fieldSeparator, char16_t rowSeparator)
-        : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator) {}
-    std::pmr::memory_resource* arena() override { return &scratch_; }
-    void beginRow(int) override {
-        scratch_.release();
-        if (rows_++ > 0) joined_.push_back(rowSeparator_);
-        firstCell_ = true;
-    }
-    void cell(sim::SqlCell&& c) override {
-        if (!firstCell_) joined_.push_back(fieldSeparator_);
-        firstCell_ = false;
-        joined_ += c.text.units();
-    }
-    std::u16string take() { return std::move(joined_); }
-
-private:
-    char16_t fieldSeparator_, rowSeparator_;
-    std::size_t rows_ = 0;
-    bool firstCell_ = true;
-    std::u16string joined_;
-    std::pmr::monotonic_buffer_resource scratch_;
-};
-
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
     Host& host = Host::instance();
     switch (which) {
@@ -157,19 +130,22 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                                                  const fmx::DataVect& parameters, fmx::Data& result,
                                                  fmx::uint16 colSep, fmx::uint16 rowSep,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr(
-        "FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0}, [&]() -> fmx::errcode {
-            const Env* env = sim::envOf(self);
-            if (env == nullptr) return sim::kGenericCalcError;
-            auto db = Host::instance().database(sqlFile(*env, filename));
-            if (!db) return sim::kFileMissing;
-            JoinedText sink(static_cast<char16_t>(colSep), static_cast<char16_t>(rowSep));
-            const short error =
-                db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink);
-            if (error) return error;
-            sim::setValue(result, Value::text(sink.take()));
-            return 0;
-        });
+    return guardOr("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
+                   [&]() -> fmx::errcode {
+                       const Env* env = sim::envOf(self);
+                       if (env == nullptr) return sim::kGenericCalcError;
+                       auto db = Host::instance().database(sqlFile(*env, filename));
+                       if (!db) return sim::kFileMissing;
+                       const char16_t fieldSeparator = static_cast<char16_t>(colSep);
+                       const char16_t rowSeparator = static_cast<char16_t>(rowSep);
+                       std::u16string joined;
+                       const short error =
+                           db->queryText(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                                         {&fieldSeparator, 1}, {&rowSeparator, 1}, joined);
+                       if (error) return error;
+                       sim::setValue(result, Value::text(std::move(joined)));
+                       return 0;
+                   });
 }
 
 fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {

@@ -61,8 +61,7 @@ void Database::runScript(const std::string& sql) {
     }
 }
 
-short Database::query(std::u16string_view sql, const std::vector<Value>& params,
-                      RowSink& sink) {
+short Database::query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink) {
     std::lock_guard lock(mutex_);
     lastMessage_.clear();
     auto fail = [&] {
@@ -107,6 +106,47 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
             sink.cell(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
         }
     }
+}
+
+namespace {
+
+// A cell lives only until it is appended, so the units of its text go to scratch memory released
+// row by row.
+class JoinedText final : public Database::RowSink {
+public:
+    JoinedText(std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+               std::u16string& joined)
+        : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator), joined_(joined) {}
+    std::pmr::memory_resource* arena() override { return &scratch_; }
+    void beginRow(int) override {
+        scratch_.release();
+        if (rows_++ > 0) joined_ += rowSeparator_;
+        firstCell_ = true;
+    }
+    void cell(SqlCell&& c) override {
+        if (!firstCell_) joined_ += fieldSeparator_;
+        firstCell_ = false;
+        joined_ += c.text.units();
+    }
+
+private:
+    std::u16string_view fieldSeparator_, rowSeparator_;
+    std::u16string& joined_;
+    std::size_t rows_ = 0;
+    bool firstCell_ = true;
+    std::pmr::monotonic_buffer_resource scratch_;
+};
+
+}  // namespace
+
+short Database::queryText(std::u16string_view sql, const std::vector<Value>& params,
+                          std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+                          std::u16string& joined) {
+    joined.clear();
+    JoinedText sink(fieldSeparator, rowSeparator, joined);
+    const short error = query(sql, params, sink);
+    if (error) joined.clear();
+    return error;
 }
 
 std::string Database::lastMessage() const {

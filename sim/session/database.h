@@ -53,6 +53,11 @@ public:
     // Runs one statement with `params` bound to its markers in order; every result row goes to
     // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
     short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink);
+    // Runs one statement as query() does, joining the text forms of its fields into `joined`:
+    // fields by `fieldSeparator`, rows by `rowSeparator`, nothing after the last of either.
+    short queryText(std::u16string_view sql, const std::vector<Value>& params,
+                    std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+                    std::u16string& joined);
     std::string lastMessage() const;
 
 private:

@@ -63,6 +63,12 @@ public:
 
     DateTime now() override { return clock; }
 
+    // No database here: every query fails.
+    std::optional<std::u16string> executeSql(std::u16string_view, const std::vector<Value>&,
+                                             std::u16string_view, std::u16string_view) override {
+        return std::nullopt;
+    }
+
     const calc::ExternalFunction* findFunction(std::u16string_view name) override {
         for (const Function& f : functions_) {
             if (toLower(f.definition.name) == toLower(name)) return &f.definition;
