@@ -1,6 +1,6 @@
 // The FM_ExprEnv_* functions: evaluation, Get functions, SQL and function registration as the
 // plug-in reaches them through fmx::ExprEnv.
-#include <memory_resource>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -28,20 +28,20 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
-// Keeps a result's rows in a row vector, the units of their texts in the vector's arena.
 class RowsInto final : public sim::Database::RowSink {
 public:
-    explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows)) {}
-    std::pmr::memory_resource* arena() override { return &rows_.arena; }
+    explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
     void beginRow(int columns) override {
-        items_ = &rows_.rows.emplace_back(&rows_.arena).items;
+        items_ = &rows_.emplace_back().items;
         items_->reserve(static_cast<std::size_t>(columns));
     }
-    void cell(sim::SqlCell&& c) override { items_->push_back(rows_.keep(std::move(c))); }
+    void field(Value&& v) override {
+        items_->push_back(std::make_unique<sim::DataObj>(std::move(v)));
+    }
 
 private:
-    sim::RowVectObj& rows_;
-    std::pmr::vector<sim::DataObjPtr>* items_ = nullptr;
+    std::vector<sim::DataVectObj>& rows_;
+    std::vector<std::unique_ptr<sim::DataObj>>* items_ = nullptr;
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {

@@ -174,8 +174,6 @@ CharStyle normalized(CharStyle s) {
 
 Text::Text(std::u16string_view units) : units_(units) {}
 
-Text::Text(std::u16string_view units, std::pmr::memory_resource* arena) : units_(units, arena) {}
-
 Text::Text(const Text& other)
     : units_(other.units_),
       styles_(other.styles_ ? std::make_unique<Styles>(*other.styles_) : nullptr) {}

@@ -96,37 +96,32 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
     kinds.reserve(static_cast<std::size_t>(columns));
     for (int c = 0; c < columns; ++c)
         kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
-    std::pmr::memory_resource* const arena = sink.arena();
     for (;;) {
         const int rc = sqlite3_step(st.get());
         if (rc == SQLITE_DONE) return 0;
         if (rc != SQLITE_ROW) return fail();
         sink.beginRow(columns);
         for (int c = 0; c < columns; ++c) {
-            sink.cell(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
+            sink.field(columnValue(st.get(), c, kinds[static_cast<std::size_t>(c)]));
         }
     }
 }
 
 namespace {
 
-// A cell lives only until it is appended, so the units of its text go to scratch memory released
-// row by row.
 class JoinedText final : public Database::RowSink {
 public:
     JoinedText(std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
                std::u16string& joined)
         : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator), joined_(joined) {}
-    std::pmr::memory_resource* arena() override { return &scratch_; }
     void beginRow(int) override {
-        scratch_.release();
         if (rows_++ > 0) joined_ += rowSeparator_;
         firstCell_ = true;
     }
-    void cell(SqlCell&& c) override {
+    void field(Value&& v) override {
         if (!firstCell_) joined_ += fieldSeparator_;
         firstCell_ = false;
-        joined_ += c.text.units();
+        joined_ += v.textForm().units();
     }
 
 private:
@@ -134,7 +129,6 @@ private:
     std::u16string& joined_;
     std::size_t rows_ = 0;
     bool firstCell_ = true;
-    std::pmr::monotonic_buffer_resource scratch_;
 };
 
 }  // namespace

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <memory_resource>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -41,11 +40,9 @@ public:
     // Receives a result as it is read, one row at a time.
     class RowSink {
     public:
-        // Where the units of the row's texts go (null for the heap); it must outlive them.
-        virtual std::pmr::memory_resource* arena() { return nullptr; }
-        // A row of `columns` cells starts; its cells follow in order.
+        // A row of `columns` fields starts; its fields follow in order.
         virtual void beginRow(int columns) = 0;
-        virtual void cell(SqlCell&& cell) = 0;
+        virtual void field(Value&& value) = 0;
 
     protected:
         ~RowSink() = default;

@@ -6,7 +6,6 @@
 #include <stdexcept>
 
 #include "sim/core/text.h"
-#include "sim/session/heap_policy.h"
 
 namespace sim {
 
@@ -29,7 +28,7 @@ DateTime systemNow() {
     return DateTime{seconds * 1000000};
 }
 
-Host::Host() { retainFreedMemory(); }
+Host::Host() = default;
 
 Host& Host::instance() {
     static Host host;

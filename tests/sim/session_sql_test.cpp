@@ -2,8 +2,6 @@
 // parameters, and the error codes.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "session_test_support.h"
 #include "sim/session/env.h"
 
@@ -111,41 +109,6 @@ TEST_F(SqlTest, DateColumnTextBecomesADateOnlyForRealDays) {
         const fmx::Data& field = rows->At(r).At(0);
         EXPECT_EQ(sim::valueOf(field).type(), expected[r].type) << "row " << r;
         EXPECT_EQ(sim::textOf(field.GetAsText()).units(), expected[r].text) << "row " << r;
-    }
-}
-
-// A result drops the values it keeps unread when none holds memory of its own. Reading a form
-// that must be converted, or replacing a value through a cast, gives a value memory of its own:
-// the result must then free the values one by one (a leak checker sees any that it does not).
-TEST_F(SqlTest, ValuesThatCameToOwnMemoryAreFreedWithTheResult) {
-    const struct {
-        const char* name;
-        std::function<void(const fmx::Data&)> use;
-    } cases[] = {
-        {"read as text only",
-         [](const fmx::Data& d) { EXPECT_EQ(sim::textOf(d.GetAsText()).units(), u"2024-01-31"); }},
-        {"read as a number",
-         [](const fmx::Data& d) { EXPECT_EQ(d.GetAsNumber().AsLong(), 738916); }},
-        {"read as a date", [](const fmx::Data& d) { EXPECT_EQ(d.GetAsDate().GetYear(), 2024); }},
-        {"locale read", [](const fmx::Data& d) { static_cast<void>(d.GetLocale()); }},
-        {"replaced through a cast",
-         [](const fmx::Data& d) {
-             fmx::Data& writable = const_cast<fmx::Data&>(d);
-             writable.SetAsText(*makeText(u"a text long enough to need memory of its own"),
-                                d.GetLocale());
-             EXPECT_EQ(sim::textOf(d.GetAsText()).units(),
-                       u"a text long enough to need memory of its own");
-         }},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        fmx::RowVectUniquePtr rows;
-        sim::DataVectHandle none = sim::makeDataVect({});
-        ASSERT_EQ(env.handleRef().ExecuteFileSQL(*makeText(u"SELECT d, s FROM t"), *makeText(u""),
-                                                 *none, *rows),
-                  0);
-        c.use(rows->At(0).At(0));
-        EXPECT_EQ(sim::textOf(rows->At(0).At(1).GetAsText()).units(), u"héllo 😀");
     }
 }
 
