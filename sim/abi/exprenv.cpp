@@ -74,12 +74,12 @@ Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
 extern "C" {
 
 fmx::ExprEnv* FM_ExprEnv_Constructor1(fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_Constructor1", x, static_cast<fmx::ExprEnv*>(nullptr),
+    return guardOr(__func__, x, static_cast<fmx::ExprEnv*>(nullptr),
                    [] { return (new Env)->handle(); });
 }
 
 void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
-    guardOr("FM_ExprEnv_Delete", x, 0, [&] {
+    guardOr(__func__, x, 0, [&] {
         delete sim::envOf(self);
         return 0;
     });
@@ -87,7 +87,7 @@ void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
 
 fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, fmx::Data& result,
                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_Evaluate", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         sim::calc::Result r = Host::instance().evaluate(sim::textOf(expression).units(), *env);
@@ -98,7 +98,7 @@ fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, 
 
 fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValue,
                                             fmx::Data& result, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_EvaluateGetFunction", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         fmx::errcode error = 0;
@@ -111,7 +111,7 @@ fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValu
 fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expression,
                                        const fmx::Text& filename, const fmx::DataVect& parameters,
                                        fmx::RowVect& result, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_ExecuteFileSQL", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         auto db = Host::instance().database(sqlFile(*env, filename));
@@ -130,31 +130,30 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                                                  const fmx::DataVect& parameters, fmx::Data& result,
                                                  fmx::uint16 colSep, fmx::uint16 rowSep,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0},
-                   [&]() -> fmx::errcode {
-                       const Env* env = sim::envOf(self);
-                       if (env == nullptr) return sim::kGenericCalcError;
-                       auto db = Host::instance().database(sqlFile(*env, filename));
-                       if (!db) return sim::kFileMissing;
-                       const char16_t fieldSeparator = static_cast<char16_t>(colSep);
-                       const char16_t rowSeparator = static_cast<char16_t>(rowSep);
-                       std::u16string joined;
-                       const short error =
-                           db->queryText(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                                         {&fieldSeparator, 1}, {&rowSeparator, 1}, joined);
-                       if (error) return error;
-                       sim::setValue(result, Value::text(std::move(joined)));
-                       return 0;
-                   });
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return sim::kGenericCalcError;
+        auto db = Host::instance().database(sqlFile(*env, filename));
+        if (!db) return sim::kFileMissing;
+        const char16_t fieldSeparator = static_cast<char16_t>(colSep);
+        const char16_t rowSeparator = static_cast<char16_t>(rowSep);
+        std::u16string joined;
+        const short error =
+            db->queryText(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                          {&fieldSeparator, 1}, {&rowSeparator, 1}, joined);
+        if (error) return error;
+        sim::setValue(result, Value::text(std::move(joined)));
+        return 0;
+    });
 }
 
 fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_SessionID", x, fmx::ptrtype{0},
+    return guardOr(__func__, x, fmx::ptrtype{0},
                    [&] { return sim::envOf(self) ? Host::kSessionId : fmx::ptrtype{0}; });
 }
 
 fmx::ptrtype FM_ExprEnv_FileID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_FileID", x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
+    return guardOr(__func__, x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return 0;
         Host& host = Host::instance();
@@ -167,7 +166,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
     const fmx::Text& functionPrototype, const fmx::Text& functionDescription, short minArgs,
     short maxArgs, fmx::uint32 compatibleOnFlags, fmx::ExtPluginType funcPtr,
     fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
+    return guardOr(__func__, x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
                                                   sim::textOf(functionPrototype).unitsCopy(),
                                                   sim::textOf(functionDescription).unitsCopy(),
@@ -181,7 +180,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
                                                  short maxArgs, fmx::uint32 compatibleOnFlags,
                                                  fmx::ExtPluginType funcPtr,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
+    return guardOr(__func__, x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
                                                   sim::textOf(functionPrototype).unitsCopy(),
                                                   std::u16string(), minArgs, maxArgs,
@@ -191,7 +190,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
 
 fmx::errcode FM_ExprEnv_UnRegisterExternalFunction(const fmx::QuadChar& /*pluginId*/,
                                                    short functionId, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_UnRegisterExternalFunction", x, fmx::errcode{0},
+    return guardOr(__func__, x, fmx::errcode{0},
                    [&] { return Host::instance().unregisterFunction(functionId); });
 }
 
