@@ -30,6 +30,8 @@ const Value& valueOf(const fmx::Data& d) { return objectOf(d).value(); }
 
 void setValue(fmx::Data& d, Value v) { objectOf(d).set(std::move(v)); }
 
+Value takeValue(fmx::Data& d) { return objectOf(d).take(); }
+
 const Text& textOf(const fmx::Text& t) { return objectOf(t); }
 
 Text& textOf(fmx::Text& t) { return objectOf(t); }

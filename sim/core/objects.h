@@ -47,6 +47,13 @@ public:
         if (converted_) converted_->fresh = 0;
     }
 
+    // Moves the value out, leaving the invalid value.
+    Value take() {
+        Value v = std::move(value_);
+        set(Value{});
+        return v;
+    }
+
     const Text& text() const { return value_.textForm(); }
     const Number& number() const;
     const DateTimeObj& date() const;

@@ -77,7 +77,7 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
         result = Value{};
         return kGenericCalcError;
     }
-    result = valueOf(*out);
+    result = takeValue(*out);
     return error;
 }
 
