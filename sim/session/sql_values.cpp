@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,18 +17,6 @@ namespace {
 
 bool contains(const std::string& hay, const char* needle) {
     return hay.find(needle) != std::string::npos;
-}
-
-bool isAscii(std::string_view bytes) {
-    unsigned char any = 0;
-    for (char b : bytes) any |= static_cast<unsigned char>(b);
-    return any < 0x80;
-}
-
-// SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
-std::u16string unitsOf(std::string_view bytes) {
-    if (!isAscii(bytes)) return fromUtf8(bytes);
-    return std::u16string(bytes.begin(), bytes.end());
 }
 
 // Values read from a result carry SQL's text forms of numbers, dates and times.
@@ -56,40 +43,9 @@ std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
     return std::nullopt;
 }
 
-constexpr bool isLeapYear(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
-
-int daysInMonth(int year, int month) {
-    constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && isLeapYear(year) ? 29 : kDays[month - 1];
-}
-
-// A date in exactly the SQL form "2024-01-31" (years 1 to 9999), which is then also its text
-// form: the common case in a DATE column, read without the general parser.
-std::optional<DateTime> sqlFormDate(std::string_view b) {
-    if (b.size() != 10 || b[4] != '-' || b[7] != '-') return std::nullopt;
-    int field[3] = {0, 0, 0};
-    const int starts[3] = {0, 5, 8}, widths[3] = {4, 2, 2};
-    for (int f = 0; f < 3; ++f) {
-        for (int i = starts[f]; i < starts[f] + widths[f]; ++i) {
-            if (b[static_cast<std::size_t>(i)] < '0' || b[static_cast<std::size_t>(i)] > '9') {
-                return std::nullopt;
-            }
-            field[f] = field[f] * 10 + (b[static_cast<std::size_t>(i)] - '0');
-        }
-    }
-    const auto [year, month, day] = field;
-    if (year < 1 || month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month)) {
-        return std::nullopt;
-    }
-    return DateTime::fromYmd(year, month, day);
-}
-
 // Text of a date-like column becomes a date, time or timestamp when it reads as one.
 Value textValue(std::string_view bytes, ColumnKind kind) {
-    if (kind == ColumnKind::Date) {
-        if (const std::optional<DateTime> d = sqlFormDate(bytes)) return sqlValue(Value::date(*d));
-    }
-    std::u16string units = unitsOf(bytes);
+    std::u16string units = fromUtf8(bytes);
     if (kind != ColumnKind::Plain) {
         if (std::optional<Value> v = dateLikeValue(units, kind)) return sqlValue(std::move(*v));
     }
