@@ -34,9 +34,9 @@ public:
     // Script names of an open file (empty name: the calling file); nullopt when no such file.
     virtual std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) = 0;
     virtual DateTime now() = 0;  // local time
-    // Runs a query on the calling file's database with `arguments` bound to its "?" markers in
-    // order, joining the text forms of the result's fields with the separators; nullopt when the
-    // query fails.
+    // Runs a query (SELECT only) on the calling file's database with `arguments` bound to its "?"
+    // markers in order, joining the text forms of the result's fields with the separators; nullopt
+    // when the query fails.
     virtual std::optional<std::u16string> executeSql(std::u16string_view query,
                                                      const std::vector<Value>& arguments,
                                                      std::u16string_view fieldSeparator,

@@ -61,7 +61,8 @@ void Database::runScript(const std::string& sql) {
     }
 }
 
-short Database::query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink) {
+short Database::query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
+                      Access access) {
     std::lock_guard lock(mutex_);
     lastMessage_.clear();
     auto fail = [&] {
@@ -83,6 +84,10 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
     }
     if (!onlyBlanksAndSemicolons(static_cast<const char16_t*>(tail), sql.data() + sql.size())) {
         lastMessage_ = "more than one statement";
+        return kSqlErrorCode;
+    }
+    if (access == Access::ReadOnly && !sqlite3_stmt_readonly(st.get())) {
+        lastMessage_ = "only SELECT may run here";
         return kSqlErrorCode;
     }
     const int markers = sqlite3_bind_parameter_count(st.get());
@@ -135,10 +140,10 @@ private:
 
 short Database::queryText(std::u16string_view sql, const std::vector<Value>& params,
                           std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
-                          std::u16string& joined) {
+                          std::u16string& joined, Access access) {
     joined.clear();
     JoinedText sink(fieldSeparator, rowSeparator, joined);
-    const short error = query(sql, params, sink);
+    const short error = query(sql, params, sink, access);
     if (error) joined.clear();
     return error;
 }

@@ -47,14 +47,18 @@ public:
     protected:
         ~RowSink() = default;
     };
+    // What a statement may do: anything (a plug-in's SQL), or only read (the calculation
+    // function, which FileMaker limits to SELECT).
+    enum class Access { Any, ReadOnly };
     // Runs one statement with `params` bound to its markers in order; every result row goes to
     // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
-    short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink);
+    short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
+                Access access = Access::Any);
     // Runs one statement as query() does, joining the text forms of its fields into `joined`:
     // fields by `fieldSeparator`, rows by `rowSeparator`, nothing after the last of either.
     short queryText(std::u16string_view sql, const std::vector<Value>& params,
                     std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
-                    std::u16string& joined);
+                    std::u16string& joined, Access access = Access::Any);
     std::string lastMessage() const;
 
 private:

@@ -44,7 +44,8 @@ std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
     const std::shared_ptr<Database> db = host_.database(file_);
     if (!db) return std::nullopt;
     std::u16string joined;
-    if (db->queryText(query, arguments, fieldSeparator, rowSeparator, joined) != 0) {
+    if (db->queryText(query, arguments, fieldSeparator, rowSeparator, joined,
+                      Database::Access::ReadOnly) != 0) {
         return std::nullopt;
     }
     return joined;

@@ -197,6 +197,10 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
         {R"(ExecuteSQL ( "SELECT * FROM missing" ; "" ; "" ))", "?"},
         {R"(ExecuteSQL ( "SELECT 1; SELECT 2" ; "" ; "" ))", "?"},
         {R"(ExecuteSQL ( "" ; "" ; "" ))", "?"},
+        // Only queries: a statement that would change the data fails and changes nothing.
+        {R"(ExecuteSQL ( "INSERT INTO pairs VALUES ( 3 , 'c' ) " ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "DELETE FROM pairs" ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "SELECT COUNT ( * ) FROM pairs " ; "" ; "" ))", "2"},
     };
     for (const Case& c : cases) {
         const sim::EvalResult r = session.eval(c.calc);
