@@ -12,7 +12,6 @@
 #include "sim/session/database.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"
-#include "sim/session/sql_values.h"
 
 namespace {
 
@@ -28,6 +27,7 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
+// Keeps a result's rows in a row vector, each field an owned value of its own.
 class RowsInto final : public sim::Database::RowSink {
 public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
