@@ -15,8 +15,8 @@
 
 #include "encoding/base64.h"
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

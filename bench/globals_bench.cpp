@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "host/fmx.h"
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

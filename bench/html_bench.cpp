@@ -10,11 +10,11 @@
 #include <string>
 
 #include "host/fmx.h"
-#include "sim/fonts.h"
-#include "sim/handles.h"
+#include "sim/core/fonts.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace {
 

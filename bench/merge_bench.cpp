@@ -9,7 +9,7 @@
 #include <string>
 
 #include "host/fmx.h"
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

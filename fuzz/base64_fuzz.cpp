@@ -6,8 +6,8 @@
 
 #include "fuzz/fuzz_host.h"
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 
 namespace {

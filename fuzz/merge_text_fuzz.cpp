@@ -2,8 +2,8 @@
 // through the function pointer the host calls. Nothing may crash, and the merge must end.
 #include "fuzz/fuzz_host.h"
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {

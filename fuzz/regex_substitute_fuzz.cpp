@@ -8,10 +8,10 @@
 
 #include "fuzz/fuzz_host.h"
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace {
 

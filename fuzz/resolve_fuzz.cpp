@@ -4,8 +4,8 @@
 // no names, so fuzzing never reaches beyond this machine.
 #include "fuzz/fuzz_host.h"
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "tests/plugin/net_test_support.h"
 

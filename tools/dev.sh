@@ -60,7 +60,7 @@ case "${1:-}" in
     TSAN_OPTIONS=halt_on_error=1 run_tests "$root/build-tsan"
     ;;
   bench)
-    install_missing sqlite3
+    install_missing sqlite3 time
     build "$root/build-bench" Release -DBUILD_TESTING=OFF
     cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
     (cd "$root/build-bench" && ./ravelin_bench "${@:2}")

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim::calc {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/fmx_types.h"
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim::calc {
 
@@ -34,6 +34,13 @@ public:
     // Script names of an open file (empty name: the calling file); nullopt when no such file.
     virtual std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) = 0;
     virtual DateTime now() = 0;  // local time
+    // Runs a query (SELECT only) on the calling file's database with `arguments` bound to its "?"
+    // markers in order, joining the text forms of the result's fields with the separators; nullopt
+    // when the query fails.
+    virtual std::optional<std::u16string> executeSql(std::u16string_view query,
+                                                     const std::vector<Value>& arguments,
+                                                     std::u16string_view fieldSeparator,
+                                                     std::u16string_view rowSeparator) = 0;
     // Registered plug-in function by name, ignoring case; nullptr when none.
     virtual const ExternalFunction* findFunction(std::u16string_view name) = 0;
     // Calls a plug-in function; returns its error code (an escaping exception is reported as

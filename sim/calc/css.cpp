@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "sim/calc/errors.h"
-#include "sim/encoding.h"
-#include "sim/fonts.h"
+#include "sim/core/encoding.h"
+#include "sim/core/fonts.h"
 
 namespace sim::calc {
 

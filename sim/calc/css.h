@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim::calc {
 

@@ -1,6 +1,8 @@
-// Functions about the host around the calculation: open files and their scripts. (Get is
+// Functions about the host around the calculation: open files, their scripts and their SQL. (Get is
 // syntax of its own, handled by the parser and evaluator.)
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "sim/calc/builtins.h"
 
@@ -26,7 +28,22 @@ Value fnScriptNames(Args& a) {
     return names ? joinedLines(*names) : emptyText();
 }
 
+// ExecuteSQL ( sqlQuery ; fieldSeparator ; rowSeparator { ; arguments... } ): an empty separator
+// means a comma between fields and a carriage return between rows; the arguments go to the
+// query's "?" markers in order. A query that fails gives "?", as FileMaker's does.
+Value fnExecuteSql(Args& a) {
+    const std::u16string query(a.units(0));
+    const std::u16string_view fieldSeparator = a.units(1).empty() ? u"," : a.units(1);
+    const std::u16string_view rowSeparator = a.units(2).empty() ? u"\r" : a.units(2);
+    std::vector<Value> arguments;
+    for (size_t i = 3; i < a.size(); ++i) arguments.push_back(a[i]);
+    std::optional<std::u16string> joined =
+        a.context().executeSql(query, arguments, fieldSeparator, rowSeparator);
+    return joined ? textValue(std::move(*joined)) : questionMark();
+}
+
 constexpr Builtin kFunctions[] = {
+    {u"executesql", 3, -1, fnExecuteSql},
     {u"databasenames", 0, 0, fnDatabaseNames},
     {u"scriptnames", 1, 1, fnScriptNames},
 };

@@ -7,7 +7,7 @@
 #include "sim/calc/builtins.h"
 #include "sim/calc/css.h"
 #include "sim/calc/errors.h"
-#include "sim/fonts.h"
+#include "sim/core/fonts.h"
 
 namespace sim::calc {
 

@@ -6,7 +6,7 @@
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim::calc {
 

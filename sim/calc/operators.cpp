@@ -7,7 +7,7 @@
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
 #include "sim/calc/temporal.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim::calc {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "sim/calc/ast.h"
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim::calc {
 

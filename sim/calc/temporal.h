@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim::calc {
 

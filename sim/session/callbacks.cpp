@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/host.h"
 
@@ -19,7 +19,8 @@ FMX_ErrorCode startScriptCallback(const fmx::Text* fileName, const fmx::Text* sc
     try {
         if (scriptName == nullptr) return kScriptMissing;
         std::u16string file = fileName ? textOf(*fileName).unitsCopy() : std::u16string();
-        std::u16string param = parameter ? valueOf(*parameter).asText().unitsCopy() : std::u16string();
+        std::u16string param =
+            parameter ? valueOf(*parameter).asText().unitsCopy() : std::u16string();
         return Host::instance().startScript(file, textOf(*scriptName).units(), std::move(param));
     } catch (const std::bad_alloc&) {
         return kMemoryError;

@@ -61,8 +61,8 @@ void Database::runScript(const std::string& sql) {
     }
 }
 
-short Database::query(std::u16string_view sql, const std::vector<Value>& params,
-                      RowSink& sink) {
+short Database::query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
+                      Access access) {
     std::lock_guard lock(mutex_);
     lastMessage_.clear();
     auto fail = [&] {
@@ -86,6 +86,10 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
         lastMessage_ = "more than one statement";
         return kSqlErrorCode;
     }
+    if (access == Access::ReadOnly && !sqlite3_stmt_readonly(st.get())) {
+        lastMessage_ = "only SELECT may run here";
+        return kSqlErrorCode;
+    }
     const int markers = sqlite3_bind_parameter_count(st.get());
     for (int i = 0; i < markers && static_cast<std::size_t>(i) < params.size(); ++i) {
         if (bindValue(st.get(), i + 1, params[static_cast<std::size_t>(i)]) != SQLITE_OK) {
@@ -97,16 +101,51 @@ short Database::query(std::u16string_view sql, const std::vector<Value>& params,
     kinds.reserve(static_cast<std::size_t>(columns));
     for (int c = 0; c < columns; ++c)
         kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
-    std::pmr::memory_resource* const arena = sink.arena();
     for (;;) {
         const int rc = sqlite3_step(st.get());
         if (rc == SQLITE_DONE) return 0;
         if (rc != SQLITE_ROW) return fail();
         sink.beginRow(columns);
         for (int c = 0; c < columns; ++c) {
-            sink.cell(columnCell(st.get(), c, kinds[static_cast<std::size_t>(c)], arena));
+            sink.field(columnValue(st.get(), c, kinds[static_cast<std::size_t>(c)]));
         }
     }
+}
+
+namespace {
+
+class JoinedText final : public Database::RowSink {
+public:
+    JoinedText(std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+               std::u16string& joined)
+        : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator), joined_(joined) {}
+    void beginRow(int) override {
+        if (rows_++ > 0) joined_ += rowSeparator_;
+        firstCell_ = true;
+    }
+    void field(Value&& v) override {
+        if (!firstCell_) joined_ += fieldSeparator_;
+        firstCell_ = false;
+        joined_ += v.textForm().units();
+    }
+
+private:
+    std::u16string_view fieldSeparator_, rowSeparator_;
+    std::u16string& joined_;
+    std::size_t rows_ = 0;
+    bool firstCell_ = true;
+};
+
+}  // namespace
+
+short Database::queryText(std::u16string_view sql, const std::vector<Value>& params,
+                          std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+                          std::u16string& joined, Access access) {
+    joined.clear();
+    JoinedText sink(fieldSeparator, rowSeparator, joined);
+    const short error = query(sql, params, sink, access);
+    if (error) joined.clear();
+    return error;
 }
 
 std::string Database::lastMessage() const {

@@ -2,7 +2,6 @@
 // "?" markers, and SQLite's failures mapped to the host's SQL error code.
 #pragma once
 
-#include <memory_resource>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -10,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/core/value.h"
 #include "sim/session/sql_values.h"
-#include "sim/value.h"
 
 struct sqlite3;
 
@@ -41,18 +40,25 @@ public:
     // Receives a result as it is read, one row at a time.
     class RowSink {
     public:
-        // Where the units of the row's texts go (null for the heap); it must outlive them.
-        virtual std::pmr::memory_resource* arena() { return nullptr; }
-        // A row of `columns` cells starts; its cells follow in order.
+        // A row of `columns` fields starts; its fields follow in order.
         virtual void beginRow(int columns) = 0;
-        virtual void cell(SqlCell&& cell) = 0;
+        virtual void field(Value&& value) = 0;
 
     protected:
         ~RowSink() = default;
     };
+    // What a statement may do: anything (a plug-in's SQL), or only read (the calculation
+    // function, which FileMaker limits to SELECT).
+    enum class Access { Any, ReadOnly };
     // Runs one statement with `params` bound to its markers in order; every result row goes to
     // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
-    short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink);
+    short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
+                Access access = Access::Any);
+    // Runs one statement as query() does, joining the text forms of its fields into `joined`:
+    // fields by `fieldSeparator`, rows by `rowSeparator`, nothing after the last of either.
+    short queryText(std::u16string_view sql, const std::vector<Value>& params,
+                    std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
+                    std::u16string& joined, Access access = Access::Any);
     std::string lastMessage() const;
 
 private:

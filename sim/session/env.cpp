@@ -1,15 +1,50 @@
 #include "sim/session/env.h"
 
+#include <mutex>
+#include <unordered_set>
+
 namespace sim {
 
 namespace {
+
 thread_local const Env* tCallEnv = nullptr;
+
+// The live environments. Plug-ins make and delete them from any thread.
+struct LiveEnvs {
+    std::mutex mutex;
+    std::unordered_set<const void*> addresses;
+};
+
+// Never destroyed: environments with static storage may outlive any other static.
+LiveEnvs& liveEnvs() {
+    static LiveEnvs& live = *new LiveEnvs;
+    return live;
+}
+
+void markLive(const Env* env) {
+    LiveEnvs& live = liveEnvs();
+    std::lock_guard lock(live.mutex);
+    live.addresses.insert(env);
+}
+
+}  // namespace
+
+Env::Env() { markLive(this); }
+
+Env::Env(const Env& other) : EnvState(other) { markLive(this); }
+
+Env::~Env() {
+    LiveEnvs& live = liveEnvs();
+    std::lock_guard lock(live.mutex);
+    live.addresses.erase(this);
 }
 
 Env* envOf(const void* handle) noexcept {
     if (handle == nullptr) return nullptr;
-    auto* env = static_cast<Env*>(const_cast<void*>(handle));
-    return env->magic == Env::kMagic ? env : nullptr;
+    LiveEnvs& live = liveEnvs();
+    std::lock_guard lock(live.mutex);
+    if (!live.addresses.contains(handle)) return nullptr;
+    return static_cast<Env*>(const_cast<void*>(handle));
 }
 
 const Env* currentCallEnv() noexcept { return tCallEnv; }

@@ -2,28 +2,32 @@
 // the script parameter, and the local "$" variables of the running script.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "host/fmx_types.h"
+#include "sim/core/value.h"
 #include "sim/session/variables.h"
-#include "sim/value.h"
 
 namespace sim {
 
-struct Env {
-    static constexpr uint32_t kMagic = 0x456e7621;  // tells a live Env from a stray pointer
-    uint32_t magic = kMagic;
-
+struct EnvState {
     std::u16string file;  // empty: the current file at the time of use
     std::u16string scriptName;
     Value scriptParameter;
     // "$" variables: a script run's own set, or the file's set for calculations outside scripts
     // (null: use the file's set).
     std::shared_ptr<Variables> locals;
+};
 
-    ~Env() { magic = 0; }
+// Every Env is live from its construction to its destruction, and the host keeps the set of live
+// ones: a handle is checked against that set by its address alone, so a stale or stray handle is
+// never read.
+struct Env : EnvState {
+    Env();
+    Env(const Env& other);
+    Env& operator=(const Env& other) = default;
+    ~Env();
 
     fmx::ExprEnv* handle() { return reinterpret_cast<fmx::ExprEnv*>(this); }
     const fmx::ExprEnv& handleRef() const { return *reinterpret_cast<const fmx::ExprEnv*>(this); }

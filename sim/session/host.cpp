@@ -5,8 +5,7 @@
 #include <ctime>
 #include <stdexcept>
 
-#include "sim/session/heap_policy.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim {
 
@@ -29,7 +28,7 @@ DateTime systemNow() {
     return DateTime{seconds * 1000000};
 }
 
-Host::Host() { retainFreedMemory(); }
+Host::Host() = default;
 
 Host& Host::instance() {
     static Host host;

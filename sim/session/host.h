@@ -19,10 +19,10 @@
 
 #include "host/fmx_types.h"
 #include "sim/calc/context.h"
+#include "sim/core/value.h"
 #include "sim/session/database.h"
 #include "sim/session/env.h"
 #include "sim/session/variables.h"
-#include "sim/value.h"
 
 namespace sim {
 

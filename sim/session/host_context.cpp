@@ -1,6 +1,6 @@
 #include "sim/session/host_context.h"
 
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/host.h"
 
 namespace sim {
@@ -37,6 +37,20 @@ std::optional<std::vector<std::u16string>> HostContext::scriptNames(std::u16stri
 
 DateTime HostContext::now() { return host_.now(); }
 
+std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
+                                                      const std::vector<Value>& arguments,
+                                                      std::u16string_view fieldSeparator,
+                                                      std::u16string_view rowSeparator) {
+    const std::shared_ptr<Database> db = host_.database(file_);
+    if (!db) return std::nullopt;
+    std::u16string joined;
+    if (db->queryText(query, arguments, fieldSeparator, rowSeparator, joined,
+                      Database::Access::ReadOnly) != 0) {
+        return std::nullopt;
+    }
+    return joined;
+}
+
 // Asks the host every time, so that a function unregistered meanwhile (by the calculation's own
 // arguments or by another thread) is missing at its call, not called from a stale copy.
 const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {
@@ -64,7 +78,7 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
         result = Value{};
         return kGenericCalcError;
     }
-    result = valueOf(*out);
+    result = takeValue(*out);
     return error;
 }
 

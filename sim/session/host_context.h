@@ -23,6 +23,10 @@ public:
     std::vector<std::u16string> databaseNames() override;
     std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) override;
     DateTime now() override;
+    std::optional<std::u16string> executeSql(std::u16string_view query,
+                                             const std::vector<Value>& arguments,
+                                             std::u16string_view fieldSeparator,
+                                             std::u16string_view rowSeparator) override;
     const calc::ExternalFunction* findFunction(std::u16string_view name) override;
     // The plug-in function runs with this context's environment; a thrown exception becomes
     // kGenericCalcError with an invalid result.

@@ -2,9 +2,9 @@
 // host makes of it after each calculation and at idle time.
 #include <utility>
 
+#include "sim/core/text.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"
-#include "sim/text.h"
 
 namespace sim {
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <thread>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 
@@ -30,7 +30,7 @@ EvalResult resultOf(Evaluate&& evaluate) {
         out.error = kGenericCalcError;
     }
     out.type = typeName(out.value.type());
-    out.text = toUtf8(out.value.asText().units());
+    out.text = toUtf8(out.value.textForm().units());
     return out;
 }
 

@@ -14,9 +14,9 @@
 #include <utility>
 #include <vector>
 
+#include "sim/core/value.h"
 #include "sim/session/host.h"
 #include "sim/session/plugin.h"
-#include "sim/value.h"
 
 namespace sim {
 

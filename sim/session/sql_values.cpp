@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 
@@ -20,48 +19,10 @@ bool contains(const std::string& hay, const char* needle) {
     return hay.find(needle) != std::string::npos;
 }
 
-bool isAscii(std::string_view bytes) {
-    unsigned char any = 0;
-    for (char b : bytes) any |= static_cast<unsigned char>(b);
-    return any < 0x80;
-}
-
-// SQLite keeps text as UTF-8; reading it so and widening here spares SQLite's own UTF-16 copy.
-// Most stored text is ASCII, which widens unit for byte.
-Text textOfUtf8(std::string_view bytes, std::pmr::memory_resource* arena) {
-    if (!isAscii(bytes)) return Text(fromUtf8(bytes), arena);
-    const auto* first = reinterpret_cast<const unsigned char*>(bytes.data());
-    return Text::adopting(std::pmr::u16string(first, first + bytes.size(), arena));
-}
-
-// Cells are built in one expression: a text assigned after construction would leave the arena.
-SqlCell textCellOf(std::string_view bytes, std::pmr::memory_resource* arena) {
-    return SqlCell{.type = Type::Text,
-                   .number = 0,
-                   .moment = {},
-                   .binary = nullptr,
-                   .text = textOfUtf8(bytes, arena)};
-}
-
-SqlCell numberCell(double d, std::pmr::memory_resource* arena) {
-    return SqlCell{.type = Type::Number,
-                   .number = d,
-                   .moment = {},
-                   .binary = nullptr,
-                   .text = Text(NumberText(Number{d}).view(), arena)};
-}
-
-// A date, time or timestamp with its SQL text form.
-SqlCell momentCell(Type type, DateTime moment, std::pmr::memory_resource* arena) {
-    char16_t buffer[kSqlTextCapacity];
-    const std::size_t size = type == Type::Date   ? writeSqlDate(moment, buffer)
-                             : type == Type::Time ? writeSqlTime(moment, buffer)
-                                                  : writeSqlTimestamp(moment, buffer);
-    return SqlCell{.type = type,
-                   .number = 0,
-                   .moment = moment,
-                   .binary = nullptr,
-                   .text = Text(std::u16string_view(buffer, size), arena)};
+// Values read from a result carry SQL's text forms of numbers, dates and times.
+Value sqlValue(Value v) {
+    v.setSqlTextForm(true);
+    return v;
 }
 
 std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
@@ -82,59 +43,13 @@ std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
     return std::nullopt;
 }
 
-constexpr bool isLeapYear(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
-
-int daysInMonth(int year, int month) {
-    constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && isLeapYear(year) ? 29 : kDays[month - 1];
-}
-
-// A date in exactly the SQL form "2024-01-31" (years 1 to 9999), which is then also its text
-// form: the common case in a DATE column, read without the general parser.
-std::optional<DateTime> sqlFormDate(std::string_view b) {
-    if (b.size() != 10 || b[4] != '-' || b[7] != '-') return std::nullopt;
-    int field[3] = {0, 0, 0};
-    const int starts[3] = {0, 5, 8}, widths[3] = {4, 2, 2};
-    for (int f = 0; f < 3; ++f) {
-        for (int i = starts[f]; i < starts[f] + widths[f]; ++i) {
-            if (b[static_cast<std::size_t>(i)] < '0' || b[static_cast<std::size_t>(i)] > '9') {
-                return std::nullopt;
-            }
-            field[f] = field[f] * 10 + (b[static_cast<std::size_t>(i)] - '0');
-        }
-    }
-    const auto [year, month, day] = field;
-    if (year < 1 || month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month)) {
-        return std::nullopt;
-    }
-    return DateTime::fromYmd(year, month, day);
-}
-
-// Text of a date-like column becomes a date, time or timestamp when it reads as one; short ASCII
-// text (the usual ISO forms) is read from a buffer on the stack, so only text that stays text
-// takes room of its own.
-SqlCell textCell(std::string_view bytes, ColumnKind kind, std::pmr::memory_resource* arena) {
-    if (kind == ColumnKind::Date) {
-        if (const std::optional<DateTime> d = sqlFormDate(bytes)) {
-            return SqlCell{.type = Type::Date,
-                           .number = 0,
-                           .moment = *d,
-                           .binary = nullptr,
-                           .text = textOfUtf8(bytes, arena)};
-        }
-    }
+// Text of a date-like column becomes a date, time or timestamp when it reads as one.
+Value textValue(std::string_view bytes, ColumnKind kind) {
+    std::u16string units = fromUtf8(bytes);
     if (kind != ColumnKind::Plain) {
-        char16_t buffer[40];
-        std::optional<Value> v;
-        if (bytes.size() <= std::size(buffer) && isAscii(bytes)) {
-            std::copy(bytes.begin(), bytes.end(), buffer);
-            v = dateLikeValue(std::u16string_view(buffer, bytes.size()), kind);
-        } else {
-            v = dateLikeValue(fromUtf8(bytes), kind);
-        }
-        if (v) return momentCell(v->type(), v->dateTimeValue(), arena);
+        if (std::optional<Value> v = dateLikeValue(units, kind)) return sqlValue(std::move(*v));
     }
-    return textCellOf(bytes, arena);
+    return Value::text(std::move(units));
 }
 
 int bindText(sqlite3_stmt* st, int index, const std::u16string& text) {
@@ -155,40 +70,27 @@ ColumnKind columnKind(const char* declaredType) {
     return ColumnKind::Plain;
 }
 
-namespace {
-
-SqlCell cellOf(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
     switch (sqlite3_column_type(st, c)) {
         case SQLITE_INTEGER:
-            return numberCell(static_cast<double>(sqlite3_column_int64(st, c)), arena);
+            return sqlValue(Value::number(static_cast<double>(sqlite3_column_int64(st, c))));
         case SQLITE_FLOAT:
-            return numberCell(sqlite3_column_double(st, c), arena);
+            return sqlValue(Value::number(sqlite3_column_double(st, c)));
         case SQLITE_TEXT: {
             const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
-            return textCell(std::string_view(bytes ? bytes : "", bytes ? size : 0), kind, arena);
+            return textValue(std::string_view(bytes ? bytes : "", bytes ? size : 0), kind);
         }
         case SQLITE_BLOB: {
             Binary b;
             const auto* bytes = static_cast<const char*>(sqlite3_column_blob(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
             b.streams.push_back({{'F', 'I', 'L', 'E'}, std::string(bytes ? bytes : "", size)});
-            // A container's text is its file name, and a blob has none.
-            return SqlCell{.type = Type::Binary,
-                           .number = 0,
-                           .moment = {},
-                           .binary = std::make_shared<const Binary>(std::move(b)),
-                           .text = Text()};
+            return sqlValue(Value::binary(std::move(b)));
         }
         default:
-            return SqlCell{};  // NULL: empty text
+            return Value::text(std::u16string());  // NULL: empty text
     }
-}
-
-}  // namespace
-
-SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena) {
-    return cellOf(st, c, kind, arena ? arena : std::pmr::get_default_resource());
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {

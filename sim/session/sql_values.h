@@ -2,10 +2,9 @@
 // parameter is bound.
 #pragma once
 
-#include <memory_resource>
 #include <string>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 struct sqlite3_stmt;
 
@@ -16,15 +15,10 @@ namespace sim {
 enum class ColumnKind { Plain, Date, Time, Timestamp };
 ColumnKind columnKind(const char* declaredType);
 
-// One field of a result row: the payload of its value and its text (the text form, for a value
-// that is not text), made together; Value::fromSqlField makes the value.
-using SqlCell = Value::SqlField;
-
-// Column `c` of the current row: integers and reals as numbers, ISO text of a date-like column
-// as that type (text it cannot read stays text), text as text, NULL as empty text, blobs as
-// containers. The units of its text are kept in `arena` (the heap when null), which must outlive
-// them.
-SqlCell columnCell(sqlite3_stmt* st, int c, ColumnKind kind, std::pmr::memory_resource* arena);
+// Column `c` of the current row, marked with SQL's text forms: integers and reals as numbers,
+// ISO text of a date-like column as that type (text it cannot read stays text), text as text,
+// NULL as empty text, blobs as containers.
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind);
 
 // Binds a parameter: an empty value as NULL, numbers as integers when whole, dates, times and
 // timestamps in their SQL text forms, containers as the bytes of their first stream.

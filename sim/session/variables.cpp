@@ -1,6 +1,6 @@
 #include "sim/session/variables.h"
 
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim {
 

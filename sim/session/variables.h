@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim {
 

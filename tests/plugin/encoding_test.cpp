@@ -7,7 +7,7 @@
 
 #include "encoding/base64.h"
 #include "encoding/functions.h"
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

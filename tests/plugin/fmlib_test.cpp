@@ -7,7 +7,7 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "plugin_test_support.h"
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace {
 

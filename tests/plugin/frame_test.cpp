@@ -10,7 +10,7 @@
 #include "frame/answers.h"
 #include "frame/registry.h"
 #include "plugin_test_support.h"
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace {
 

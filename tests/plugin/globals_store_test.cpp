@@ -10,8 +10,8 @@
 #include "globals/store.h"
 #include "info_test_support.h"
 #include "plugin_test_support.h"
-#include "sim/encoding.h"
-#include "sim/faults.h"
+#include "sim/abi/faults.h"
+#include "sim/core/encoding.h"
 
 namespace {
 
@@ -37,11 +37,19 @@ protected:
         env.file = std::move(file);
         return env;
     }
+    // A handle the host never made: it names no live environment.
+    static const fmx::ExprEnv& notAnEnv() {
+        static const int never = 0;
+        return *reinterpret_cast<const fmx::ExprEnv*>(&never);
+    }
     // Stores `key` = `number` bound to the file `env`'s calculations run in.
     void storeLocal(rvl::Dictionary& d, const sim::Env& env, std::u16string_view key,
                     double number) {
-        d.storeLocalValueForKey(env.handleRef(), *makeText(key),
-                                *sim::makeData(sim::Value::number(number)));
+        storeLocal(d, env.handleRef(), key, number);
+    }
+    void storeLocal(rvl::Dictionary& d, const fmx::ExprEnv& env, std::u16string_view key,
+                    double number) {
+        d.storeLocalValueForKey(env, *makeText(key), *sim::makeData(sim::Value::number(number)));
     }
     static std::string load(const rvl::Dictionary& d, std::u16string_view key) {
         sim::DataHandle out = sim::makeData();
@@ -100,9 +108,7 @@ TEST_F(Store, FailingDatabaseNamesChangesNothing) {
     rvl::Dictionary d;
     ASSERT_TRUE(session_.host().closeFile(u"Invoices"));
     storeLocal(d, invoices_, u"closed", 1);
-    sim::Env dead;
-    dead.magic = 0;  // the host answers 1200 for an environment that is not live
-    d.cleanLocalKeys(dead.handleRef());
+    d.cleanLocalKeys(notAnEnv());  // the host answers 1200 for an environment that is not live
     sim::faults::failFunction("FM_ExprEnv_Evaluate", 2);
     EXPECT_THROW(d.cleanLocalKeys(contacts_.handleRef()), std::exception);
     sim::faults::clear();
@@ -113,9 +119,7 @@ TEST_F(Store, FailingDatabaseNamesChangesNothing) {
 
 TEST_F(Store, UnknownFileNameLeavesTheValueGlobal) {
     rvl::Dictionary d;
-    sim::Env dead;
-    dead.magic = 0;
-    storeLocal(d, dead, u"k", 1);
+    storeLocal(d, notAnEnv(), u"k", 1);
     EXPECT_EQ(load(d, u"k"), "1");
     EXPECT_EQ(d.boundFile_(u"k"), u"");
 

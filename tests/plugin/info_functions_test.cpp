@@ -10,8 +10,8 @@
 #include "info/functions.h"
 #include "info/sort_numbers.h"
 #include "info_test_support.h"
-#include "sim/encoding.h"
-#include "sim/faults.h"
+#include "sim/abi/faults.h"
+#include "sim/core/encoding.h"
 
 namespace {
 

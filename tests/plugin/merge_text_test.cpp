@@ -9,7 +9,7 @@
 
 #include "merge/functions.h"
 #include "merge/results_map.h"
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

@@ -14,9 +14,9 @@
 #include "net/public_ip.h"
 #include "net_test_support.h"
 #include "plugin_test_support.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
-#include "sim/value.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
+#include "sim/core/value.h"
 
 namespace {
 

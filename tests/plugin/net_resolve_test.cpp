@@ -15,7 +15,7 @@
 #include "net/resolve.h"
 #include "net_test_support.h"
 #include "plugin_test_support.h"
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 #include "sim/session/session.h"
 
 namespace {

@@ -11,7 +11,7 @@
 
 #include "entry/function_table.h"
 #include "info_test_support.h"
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace {
 
@@ -93,8 +93,8 @@ TEST(PluginConcurrency, StoreAndSchedulerKeepEveryAnsweredCall) {
             const sim::EvalResult mine = session.eval("Ravelin_GetGlobal ( " + own + " )", file);
             if (answered(set) && answered(mine) && mine.text != n) ++wrongAnswers;
             if (round % 10 == 0) {
-                const sim::EvalResult r = session.eval(
-                    "Ravelin_DoFileMakerScript ( \"Hello\" ; " + own + " ; 0 )", "F1");
+                const sim::EvalResult r =
+                    session.eval("Ravelin_DoFileMakerScript ( \"Hello\" ; " + own + " ; 0 )", "F1");
                 if (answered(r)) ++scheduled;
                 session.idle(0);
             }

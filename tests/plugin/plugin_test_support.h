@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "host/fmx.h"
-#include "sim/faults.h"
-#include "sim/handles.h"
+#include "sim/abi/faults.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "sim/encoding.h"
-#include "sim/faults.h"
-#include "sim/handles.h"
+#include "sim/abi/faults.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
 #include "sql/functions.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/fmx.h"
-#include "sim/faults.h"
+#include "sim/abi/faults.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // calculations the plug-in evaluates through the host.
 #include <gtest/gtest.h>
 
-#include "sim/fonts.h"
+#include "sim/core/fonts.h"
 #include "tests/sim/calc_test_support.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "sim/calc/context.h"
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 #include "tests/sim/fake_context.h"
 
 namespace calc_test {

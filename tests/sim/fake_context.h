@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "sim/calc/context.h"
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim::fake {
 
@@ -62,6 +62,12 @@ public:
     }
 
     DateTime now() override { return clock; }
+
+    // No database here: every query fails.
+    std::optional<std::u16string> executeSql(std::u16string_view, const std::vector<Value>&,
+                                             std::u16string_view, std::u16string_view) override {
+        return std::nullopt;
+    }
 
     const calc::ExternalFunction* findFunction(std::u16string_view name) override {
         for (const Function& f : functions_) {

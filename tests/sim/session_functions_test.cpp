@@ -5,8 +5,10 @@
 #include <stdexcept>
 #include <thread>
 
+#include "host/fmx_abi.h"
 #include "session_test_support.h"
 #include "sim/session/callbacks.h"
+#include "sim/session/env.h"
 
 using namespace session_test;
 
@@ -173,6 +175,34 @@ TEST_F(FunctionsTest, ConcurrentEvaluationsWithCallbacks) {
     for (int t = 0; t < kThreads; ++t) {
         EXPECT_EQ(session.eval("$$t" + std::to_string(t)).text, std::to_string(kRounds));
     }
+}
+
+// A deleted environment, or an address that never was one, is refused by the FM_ExprEnv_* calls
+// without being read (the address sanitizer sees any read of the freed one); copies are live on
+// their own.
+TEST(EnvLiveness, StaleAndStrayHandlesAreRefusedUnread) {
+    sim::Session session{noPlugin()};
+    fmx::_fmxcpt x;
+    fmx::ExprEnv* deleted = FM_ExprEnv_Constructor1(x);
+    ASSERT_NE(deleted, nullptr);
+    EXPECT_NE(FM_ExprEnv_SessionID(deleted, x), 0u);
+    FM_ExprEnv_Delete(deleted, x);
+    static const int never = 0;
+    for (const void* handle :
+         {static_cast<const void*>(deleted), static_cast<const void*>(&never)}) {
+        fmx::DataUniquePtr out;
+        EXPECT_EQ(FM_ExprEnv_Evaluate(handle, *makeText(u"1"), *out, x), sim::kGenericCalcError);
+        EXPECT_EQ(FM_ExprEnv_SessionID(handle, x), 0u);
+        EXPECT_EQ(FM_ExprEnv_FileID(handle, x), 0u);
+        FM_ExprEnv_Delete(const_cast<void*>(handle), x);  // nothing to delete
+    }
+    EXPECT_EQ(x.m_code, 0);
+
+    auto* original = new sim::Env;
+    const sim::Env copy(*original);
+    FM_ExprEnv_Delete(original, x);
+    EXPECT_EQ(FM_ExprEnv_SessionID(original, x), 0u);
+    EXPECT_NE(FM_ExprEnv_SessionID(&copy, x), 0u);
 }
 
 }  // namespace

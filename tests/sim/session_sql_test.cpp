@@ -2,8 +2,6 @@
 // parameters, and the error codes.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "session_test_support.h"
 #include "sim/session/env.h"
 
@@ -114,40 +112,6 @@ TEST_F(SqlTest, DateColumnTextBecomesADateOnlyForRealDays) {
     }
 }
 
-// A result drops the values it keeps unread when none holds memory of its own. Reading a form
-// that must be converted, or replacing a value through a cast, gives a value memory of its own:
-// the result must then free the values one by one (a leak checker sees any that it does not).
-TEST_F(SqlTest, ValuesThatCameToOwnMemoryAreFreedWithTheResult) {
-    const struct {
-        const char* name;
-        std::function<void(const fmx::Data&)> use;
-    } cases[] = {
-        {"read as text only",
-         [](const fmx::Data& d) { EXPECT_EQ(sim::textOf(d.GetAsText()).units(), u"2024-01-31"); }},
-        {"read as a number", [](const fmx::Data& d) { EXPECT_EQ(d.GetAsNumber().AsLong(), 738916); }},
-        {"read as a date", [](const fmx::Data& d) { EXPECT_EQ(d.GetAsDate().GetYear(), 2024); }},
-        {"locale read", [](const fmx::Data& d) { static_cast<void>(d.GetLocale()); }},
-        {"replaced through a cast",
-         [](const fmx::Data& d) {
-             fmx::Data& writable = const_cast<fmx::Data&>(d);
-             writable.SetAsText(*makeText(u"a text long enough to need memory of its own"),
-                                d.GetLocale());
-             EXPECT_EQ(sim::textOf(d.GetAsText()).units(),
-                       u"a text long enough to need memory of its own");
-         }},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        fmx::RowVectUniquePtr rows;
-        sim::DataVectHandle none = sim::makeDataVect({});
-        ASSERT_EQ(env.handleRef().ExecuteFileSQL(*makeText(u"SELECT d, s FROM t"), *makeText(u""),
-                                                 *none, *rows),
-                  0);
-        c.use(rows->At(0).At(0));
-        EXPECT_EQ(sim::textOf(rows->At(0).At(1).GetAsText()).units(), u"héllo 😀");
-    }
-}
-
 TEST_F(SqlTest, ErrorsMapToTheHostsCodes) {
     struct Case {
         std::u16string sql, file;
@@ -199,6 +163,63 @@ TEST_F(SqlTest, TextResultJoinsWithTheSeparators) {
     EXPECT_EQ(textQuery(u"SELECT k FROM pairs WHERE k > 5", u',', u'\r'),
               std::make_pair(short{0}, std::string()));
     EXPECT_EQ(textQuery(u"SELECT", u',', u'\r').first, sim::kSqlErrorCode);
+}
+
+// The calculation engine's own ExecuteSQL: what a FileMaker developer writes instead of a
+// plug-in call, giving the same text forms as the rows a plug-in reads.
+TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
+    struct Case {
+        const char* calc;
+        const char* text;
+    };
+    const Case cases[] = {
+        {R"(ExecuteSQL ( "SELECT 1, 2" ; "" ; "" ))", "1,2"},
+        {R"(ExecuteSQL ( "SELECT k, v FROM pairs ORDER BY k" ; "" ; "" ))", "1,a\r2,b, c"},
+        {R"(ExecuteSQL ( "SELECT k, v FROM pairs ORDER BY k" ; " | " ; "¶--¶" ))",
+         "1 | a\r--\r2 | b, c"},
+        {R"(ExecuteSQL ( "SELECT k FROM pairs WHERE k > 5" ; "" ; "" ))", ""},
+        {R"(ExecuteSQL ( "SELECT i, r, s, d, tm, ts, n, bad FROM t" ; "|" ; "" ))",
+         "42|2.5|héllo 😀|2024-01-31|13:05:00|2024-01-31 13:05:00||not a date"},
+        {R"(ExecuteSQL ( "SELECT 1.0 / 3, -0.5, 1e20, 123456789012" ; " " ; "" ))",
+         "0.3333333333333333 -0.5 100000000000000000000 123456789012"},
+        // Arguments of each type, bound in order.
+        {R"(ExecuteSQL ( "SELECT ? + 1, ?, ?, ?, ?, ? IS NULL" ; "," ; "" ; 41 ; "x" ;
+             Date ( 2 ; 29 ; 2024 ) ; Time ( 13 ; 5 ; 0 ) ;
+             Timestamp ( Date ( 1 ; 31 ; 2024 ) ; Time ( 8 ; 0 ; 0.5 ) ) ; "" ))",
+         "42,x,2024-02-29,13:05:00,2024-01-31 08:00:00.5,1"},
+        {R"(ExecuteSQL ( "SELECT v FROM pairs WHERE k = ?" ; "" ; "" ; 1 + 1 ))", "b, c"},
+        {R"(ExecuteSQL ( "SELECT ? || ?" ; "" ; "" ; "🦀" ; 0.25 ))", "🦀0.25"},
+        // Markers without arguments are NULL; arguments without markers are ignored.
+        {R"(ExecuteSQL ( "SELECT ? IS NULL" ; "" ; "" ))", "1"},
+        {R"(ExecuteSQL ( "SELECT 7" ; "" ; "" ; 1 ; 2 ))", "7"},
+        // A failing query gives "?" and no error.
+        {R"(ExecuteSQL ( "SELEC 1" ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "SELECT * FROM missing" ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "SELECT 1; SELECT 2" ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "" ; "" ; "" ))", "?"},
+        // Only queries: a statement that would change the data fails and changes nothing.
+        {R"(ExecuteSQL ( "INSERT INTO pairs VALUES ( 3 , 'c' ) " ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "DELETE FROM pairs" ; "" ; "" ))", "?"},
+        {R"(ExecuteSQL ( "SELECT COUNT ( * ) FROM pairs " ; "" ; "" ))", "2"},
+    };
+    for (const Case& c : cases) {
+        const sim::EvalResult r = session.eval(c.calc);
+        EXPECT_EQ(r.error, 0) << c.calc;
+        EXPECT_EQ(r.text, c.text) << c.calc;
+    }
+    // Fewer than three arguments is a calculation that does not parse.
+    EXPECT_NE(session.eval(R"(ExecuteSQL ( "SELECT 1" ; "" ))").error, 0);
+}
+
+// The same query through the plug-in interface and through the calculation gives the same text.
+TEST_F(SqlTest, NativeExecuteSqlMatchesTheTextResultCall) {
+    for (const char16_t* sql : {u"SELECT i, r, s, d, tm, ts, n FROM t", u"SELECT d FROM days"}) {
+        const auto [error, viaInterface] = textQuery(sql, u',', u'\r');
+        ASSERT_EQ(error, 0);
+        const std::string quoted = sim::toUtf8(sql);
+        EXPECT_EQ(session.eval("ExecuteSQL ( \"" + quoted + "\" ; \"\" ; \"\" )").text,
+                  viaInterface);
+    }
 }
 
 }  // namespace

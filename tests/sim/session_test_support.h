@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/fmx.h"
-#include "sim/encoding.h"
-#include "sim/handles.h"
+#include "sim/core/encoding.h"
+#include "sim/core/handles.h"
 #include "sim/session/session.h"
 
 namespace session_test {

@@ -1,11 +1,11 @@
 // The host's styled text, its encodings, case mapping and search.
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 namespace {

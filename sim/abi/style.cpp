@@ -1,7 +1,7 @@
 // FM_Color_* and FM_CharacterStyle_*: colours and character styles. A style carries each trait
 // with its own enabled flag; face bits are enabled one by one, and the functions here keep the
 // set face bits equal to the enabled ones.
-#include "sim/abi_guard.h"
+#include "sim/abi/guard.h"
 
 using namespace sim;
 using namespace sim::abi;

@@ -1,4 +1,4 @@
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -183,8 +183,6 @@ CharStyle normalized(CharStyle s) {
 }
 
 Text::Text(std::u16string_view units) : units_(units) {}
-
-Text::Text(std::u16string_view units, std::pmr::memory_resource* arena) : units_(units, arena) {}
 
 Text::Text(const Text& other)
     : units_(other.units_),

@@ -1,4 +1,4 @@
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>

@@ -1,5 +1,5 @@
 // FM_DataVect_* and FM_RowVect_*: argument vectors and SQL result rows.
-#include "sim/abi_guard.h"
+#include "sim/abi/guard.h"
 
 using namespace sim;
 using namespace sim::abi;
@@ -46,15 +46,14 @@ void FM_DataVect_PushBack(void* self, const fmx::Data& data, _fmxcpt& x) noexcep
     });
 }
 
-// The last element passes to the caller, who frees it with FM_Data_Delete (a copy of it when a
-// row vector keeps it).
+// The last element passes to the caller, who frees it with FM_Data_Delete.
 fmx::Data* FM_DataVect_PopBack(void* self, _fmxcpt& x) noexcept {
     return guard(__func__, x, [&] {
         auto& items = abi::self<DataVectObj>(self).items;
         require(!items.empty());
-        DataObjPtr last = std::move(items.back());
+        std::unique_ptr<DataObj> last = std::move(items.back());
         items.pop_back();
-        return handleOf(last->pooled() ? new DataObj(*last) : last.release());
+        return handleOf(last.release());
     });
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/fmx_types.h"
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 namespace sim {
 
@@ -37,6 +37,8 @@ RowVectHandle makeRowVect();
 
 const Value& valueOf(const fmx::Data& d);
 void setValue(fmx::Data& d, Value v);
+// The value of `d`, moved out (a result handed back by a plug-in, which may be large).
+Value takeValue(fmx::Data& d);
 const Text& textOf(const fmx::Text& t);
 Text& textOf(fmx::Text& t);
 // Copies of the values of a vector, in order, read without going through the FM_* calls (so

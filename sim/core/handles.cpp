@@ -1,64 +1,8 @@
-#include "sim/handles.h"
+#include "sim/core/handles.h"
 
-#include "sim/objects.h"
+#include "sim/core/objects.h"
 
 namespace sim {
-
-// --- DataObj caches -------------------------------------------------------------------------
-
-DataObj::Converted& DataObj::converted() const {
-    if (!converted_) {
-        converted_ = std::make_unique<Converted>();
-        notePoolMemory();
-    }
-    return *converted_;
-}
-
-bool DataObj::refresh(unsigned which) const {
-    Converted& c = converted();
-    if (c.fresh & which) return false;
-    c.fresh |= which;
-    return true;
-}
-
-const Number& DataObj::number() const {
-    if (value_.type() == Type::Number || value_.type() == Type::Boolean) {
-        return value_.numberValue();
-    }
-    if (refresh(kNumber)) converted().number = value_.asNumber();
-    return converted().number;
-}
-
-namespace {
-
-void store(DateTimeObj& obj, const std::optional<DateTime>& dt) {
-    obj.valid = dt.has_value();
-    obj.dt = dt.value_or(DateTime{});
-}
-
-}  // namespace
-
-const DateTimeObj& DataObj::date() const {
-    if (refresh(kDate)) store(converted().date, value_.tryDate());
-    return converted().date;
-}
-
-const DateTimeObj& DataObj::time() const {
-    if (refresh(kTime)) store(converted().time, value_.tryTime());
-    return converted().time;
-}
-
-const DateTimeObj& DataObj::timestamp() const {
-    if (refresh(kTimestamp)) store(converted().timestamp, value_.tryTimestamp());
-    return converted().timestamp;
-}
-
-const Binary& DataObj::binary() const { return value_.asBinary(); }
-
-const LocaleObj& DataObj::locale() const {
-    if (refresh(kLocale)) converted().locale.type = value_.locale();
-    return converted().locale;
-}
 
 // --- Owned handles --------------------------------------------------------------------------
 
@@ -86,6 +30,8 @@ const Value& valueOf(const fmx::Data& d) { return objectOf(d).value(); }
 
 void setValue(fmx::Data& d, Value v) { objectOf(d).set(std::move(v)); }
 
+Value takeValue(fmx::Data& d) { return objectOf(d).take(); }
+
 const Text& textOf(const fmx::Text& t) { return objectOf(t); }
 
 Text& textOf(fmx::Text& t) { return objectOf(t); }
@@ -97,7 +43,7 @@ std::vector<Value> valuesOf(const fmx::DataVect& v) {
     return out;
 }
 
-void clearRows(fmx::RowVect& rows) { objectOf(rows).clear(); }
+void clearRows(fmx::RowVect& rows) { objectOf(rows).rows.clear(); }
 
 size_t sizeOf(const fmx::DataVect& v) { return objectOf(v).items.size(); }
 

@@ -1,6 +1,6 @@
 // FM_Data_*: typed values. Getters hand out the object's own converted forms (see DataObj).
-#include "sim/abi_guard.h"
-#include "sim/fonts.h"
+#include "sim/abi/guard.h"
+#include "sim/core/fonts.h"
 
 using namespace sim;
 using namespace sim::abi;

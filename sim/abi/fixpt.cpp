@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "sim/abi_guard.h"
+#include "sim/abi/guard.h"
 
 using namespace sim;
 using namespace sim::abi;

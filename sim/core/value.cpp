@@ -1,8 +1,8 @@
-#include "sim/value.h"
+#include "sim/core/value.h"
 
 #include <cmath>
 
-#include "sim/encoding.h"
+#include "sim/core/encoding.h"
 
 namespace sim {
 
@@ -27,16 +27,10 @@ DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOf
 
 }  // namespace
 
-Value Value::text(Text t) { return Value(std::move(t)); }
-
-Value Value::fromSqlField(SqlField&& field) {
-    Value v(std::move(field.text));
-    v.type_ = field.type;
-    v.sqlTextForm_ = true;
-    v.hasTextForm_ = field.type != Type::Text;
-    if (field.type == Type::Number) v.number_.value = field.number;
-    v.dt_ = field.moment;
-    v.binary_ = std::move(field.binary);
+Value Value::text(Text t) {
+    Value v;
+    v.type_ = Type::Text;
+    v.text_ = std::move(t);
     return v;
 }
 

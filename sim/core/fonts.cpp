@@ -1,4 +1,4 @@
-#include "sim/fonts.h"
+#include "sim/core/fonts.h"
 
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>

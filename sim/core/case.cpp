@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "sim/text.h"
+#include "sim/core/text.h"
 
 namespace sim {
 

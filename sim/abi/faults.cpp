@@ -1,4 +1,4 @@
-#include "sim/faults.h"
+#include "sim/abi/faults.h"
 
 #include <atomic>
 #include <map>

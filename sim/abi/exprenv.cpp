@@ -1,18 +1,17 @@
 // The FM_ExprEnv_* functions: evaluation, Get functions, SQL and function registration as the
 // plug-in reaches them through fmx::ExprEnv.
-#include <memory_resource>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "host/fmx_abi.h"
-#include "sim/abi_guard.h"
-#include "sim/handles.h"
-#include "sim/objects.h"
+#include "sim/abi/guard.h"
+#include "sim/core/handles.h"
+#include "sim/core/objects.h"
 #include "sim/session/database.h"
 #include "sim/session/host.h"
 #include "sim/session/host_context.h"
-#include "sim/session/sql_values.h"
 
 namespace {
 
@@ -28,47 +27,21 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
-// Keeps a result's rows in a row vector, the units of their texts in the vector's arena.
+// Keeps a result's rows in a row vector, each field an owned value of its own.
 class RowsInto final : public sim::Database::RowSink {
 public:
-    explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows)) {}
-    std::pmr::memory_resource* arena() override { return &rows_.arena; }
+    explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
     void beginRow(int columns) override {
-        items_ = &rows_.rows.emplace_back(&rows_.arena).items;
+        items_ = &rows_.emplace_back().items;
         items_->reserve(static_cast<std::size_t>(columns));
     }
-    void cell(sim::SqlCell&& c) override { items_->push_back(rows_.keep(std::move(c))); }
+    void field(Value&& v) override {
+        items_->push_back(std::make_unique<sim::DataObj>(std::move(v)));
+    }
 
 private:
-    sim::RowVectObj& rows_;
-    std::pmr::vector<sim::DataObjPtr>* items_ = nullptr;
-};
-
-// Joins a result's text forms with single-unit separators. A cell lives only until it is
-// appended, so the units of its text go to scratch memory released row by row.
-class JoinedText final : public sim::Database::RowSink {
-public:
-    JoinedText(char16_t fieldSeparator, char16_t rowSeparator)
-        : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator) {}
-    std::pmr::memory_resource* arena() override { return &scratch_; }
-    void beginRow(int) override {
-        scratch_.release();
-        if (rows_++ > 0) joined_.push_back(rowSeparator_);
-        firstCell_ = true;
-    }
-    void cell(sim::SqlCell&& c) override {
-        if (!firstCell_) joined_.push_back(fieldSeparator_);
-        firstCell_ = false;
-        joined_ += c.text.units();
-    }
-    std::u16string take() { return std::move(joined_); }
-
-private:
-    char16_t fieldSeparator_, rowSeparator_;
-    std::size_t rows_ = 0;
-    bool firstCell_ = true;
-    std::u16string joined_;
-    std::pmr::monotonic_buffer_resource scratch_;
+    std::vector<sim::DataVectObj>& rows_;
+    std::vector<std::unique_ptr<sim::DataObj>>* items_ = nullptr;
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
@@ -101,12 +74,12 @@ Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
 extern "C" {
 
 fmx::ExprEnv* FM_ExprEnv_Constructor1(fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_Constructor1", x, static_cast<fmx::ExprEnv*>(nullptr),
+    return guardOr(__func__, x, static_cast<fmx::ExprEnv*>(nullptr),
                    [] { return (new Env)->handle(); });
 }
 
 void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
-    guardOr("FM_ExprEnv_Delete", x, 0, [&] {
+    guardOr(__func__, x, 0, [&] {
         delete sim::envOf(self);
         return 0;
     });
@@ -114,7 +87,7 @@ void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
 
 fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, fmx::Data& result,
                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_Evaluate", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         sim::calc::Result r = Host::instance().evaluate(sim::textOf(expression).units(), *env);
@@ -125,7 +98,7 @@ fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, 
 
 fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValue,
                                             fmx::Data& result, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_EvaluateGetFunction", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         fmx::errcode error = 0;
@@ -138,7 +111,7 @@ fmx::errcode FM_ExprEnv_EvaluateGetFunction(const void* self, short functionValu
 fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expression,
                                        const fmx::Text& filename, const fmx::DataVect& parameters,
                                        fmx::RowVect& result, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_ExecuteFileSQL", x, fmx::errcode{0}, [&]() -> fmx::errcode {
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return sim::kGenericCalcError;
         auto db = Host::instance().database(sqlFile(*env, filename));
@@ -157,28 +130,30 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
                                                  const fmx::DataVect& parameters, fmx::Data& result,
                                                  fmx::uint16 colSep, fmx::uint16 rowSep,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr(
-        "FM_ExprEnv_ExecuteFileSQLTextResult", x, fmx::errcode{0}, [&]() -> fmx::errcode {
-            const Env* env = sim::envOf(self);
-            if (env == nullptr) return sim::kGenericCalcError;
-            auto db = Host::instance().database(sqlFile(*env, filename));
-            if (!db) return sim::kFileMissing;
-            JoinedText sink(static_cast<char16_t>(colSep), static_cast<char16_t>(rowSep));
-            const short error =
-                db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink);
-            if (error) return error;
-            sim::setValue(result, Value::text(sink.take()));
-            return 0;
-        });
+    return guardOr(__func__, x, fmx::errcode{0}, [&]() -> fmx::errcode {
+        const Env* env = sim::envOf(self);
+        if (env == nullptr) return sim::kGenericCalcError;
+        auto db = Host::instance().database(sqlFile(*env, filename));
+        if (!db) return sim::kFileMissing;
+        const char16_t fieldSeparator = static_cast<char16_t>(colSep);
+        const char16_t rowSeparator = static_cast<char16_t>(rowSep);
+        std::u16string joined;
+        const short error =
+            db->queryText(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                          {&fieldSeparator, 1}, {&rowSeparator, 1}, joined);
+        if (error) return error;
+        sim::setValue(result, Value::text(std::move(joined)));
+        return 0;
+    });
 }
 
 fmx::ptrtype FM_ExprEnv_SessionID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_SessionID", x, fmx::ptrtype{0},
+    return guardOr(__func__, x, fmx::ptrtype{0},
                    [&] { return sim::envOf(self) ? Host::kSessionId : fmx::ptrtype{0}; });
 }
 
 fmx::ptrtype FM_ExprEnv_FileID(const void* self, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_FileID", x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
+    return guardOr(__func__, x, fmx::ptrtype{0}, [&]() -> fmx::ptrtype {
         const Env* env = sim::envOf(self);
         if (env == nullptr) return 0;
         Host& host = Host::instance();
@@ -191,7 +166,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunctionEx(
     const fmx::Text& functionPrototype, const fmx::Text& functionDescription, short minArgs,
     short maxArgs, fmx::uint32 compatibleOnFlags, fmx::ExtPluginType funcPtr,
     fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_RegisterExternalFunctionEx", x, fmx::errcode{0}, [&] {
+    return guardOr(__func__, x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
                                                   sim::textOf(functionPrototype).unitsCopy(),
                                                   sim::textOf(functionDescription).unitsCopy(),
@@ -205,7 +180,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
                                                  short maxArgs, fmx::uint32 compatibleOnFlags,
                                                  fmx::ExtPluginType funcPtr,
                                                  fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_RegisterExternalFunction", x, fmx::errcode{0}, [&] {
+    return guardOr(__func__, x, fmx::errcode{0}, [&] {
         return Host::instance().registerFunction({functionId, sim::textOf(functionName).unitsCopy(),
                                                   sim::textOf(functionPrototype).unitsCopy(),
                                                   std::u16string(), minArgs, maxArgs,
@@ -215,7 +190,7 @@ fmx::errcode FM_ExprEnv_RegisterExternalFunction(const fmx::QuadChar& /*pluginId
 
 fmx::errcode FM_ExprEnv_UnRegisterExternalFunction(const fmx::QuadChar& /*pluginId*/,
                                                    short functionId, fmx::_fmxcpt& x) noexcept {
-    return guardOr("FM_ExprEnv_UnRegisterExternalFunction", x, fmx::errcode{0},
+    return guardOr(__func__, x, fmx::errcode{0},
                    [&] { return Host::instance().unregisterFunction(functionId); });
 }
 

@@ -1,13 +1,11 @@
-// Dates and times on the proleptic Gregorian calendar counted from 0001-01-01, and their en-US
-// text forms.
+#include "sim/core/datetime.h"
+
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 #include <string>
 
-#include "sim/decimal.h"
-#include "sim/encoding.h"
-#include "sim/value.h"
+#include "sim/core/number.h"
 
 namespace sim {
 
@@ -157,23 +155,43 @@ std::optional<int64_t> readTime(Cursor& c) {
 
 // --- Formatting helpers -------------------------------------------------------------------
 
-std::string fractionText(int64_t usec) {
-    if (usec == 0) return "";
-    char buf[16];
-    std::snprintf(buf, sizeof buf, ".%06lld", static_cast<long long>(usec));
-    std::string s = buf;
-    while (s.back() == '0') s.pop_back();
-    return s;
+// `v` in decimal, at least `width` digits (zeros in front), a minus sign before them.
+void appendInteger(std::u16string& out, int64_t v, int width = 1) {
+    char digits[24];
+    const char* end = std::to_chars(digits, digits + sizeof digits, v < 0 ? -v : v).ptr;
+    if (v < 0) out += u'-';
+    if (end - digits < width) out.append(static_cast<size_t>(width - (end - digits)), u'0');
+    out.append(static_cast<const char*>(digits), end);
 }
 
-std::string clockText(int64_t usecOfDay) {
-    const int64_t secs = usecOfDay / kUsecPerSecond;
-    const int64_t h = secs / 3600;
-    const int64_t hour12 = h % 12 == 0 ? 12 : h % 12;
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%lld:%02lld:%02lld", static_cast<long long>(hour12),
-                  static_cast<long long>(secs / 60 % 60), static_cast<long long>(secs % 60));
-    return buf + fractionText(usecOfDay % kUsecPerSecond) + (h < 12 ? " AM" : " PM");
+// ".5", ".25", nothing for whole seconds.
+void appendFraction(std::u16string& out, int64_t usec) {
+    if (usec == 0) return;
+    out += u'.';
+    appendInteger(out, usec, 6);
+    while (out.back() == u'0') out.pop_back();
+}
+
+// Hours (at least `hourWidth` digits), minutes and seconds of a span of time, "-" before a
+// negative one.
+void appendClock(std::u16string& out, int64_t usec, int hourWidth) {
+    if (usec < 0) out += u'-';
+    const int64_t magnitude = usec < 0 ? -usec : usec;
+    const int64_t seconds = magnitude / kUsecPerSecond;
+    appendInteger(out, seconds / 3600, hourWidth);
+    out += u':';
+    appendInteger(out, seconds / 60 % 60, 2);
+    out += u':';
+    appendInteger(out, seconds % 60, 2);
+    appendFraction(out, magnitude % kUsecPerSecond);
+}
+
+// A time of day on the 12-hour clock: "1:05:00 PM".
+void appendTimeOfDay(std::u16string& out, int64_t usecOfDay) {
+    const int64_t hours = usecOfDay / (3600 * kUsecPerSecond);
+    const int64_t hour12 = hours % 12 == 0 ? 12 : hours % 12;
+    appendClock(out, usecOfDay - (hours - hour12) * 3600 * kUsecPerSecond, 1);
+    out += hours < 12 ? u" AM" : u" PM";
 }
 
 }  // namespace
@@ -226,28 +244,57 @@ DateTime localNow() {
 // --- Text forms -------------------------------------------------------------------------------
 
 std::u16string formatDate(const DateTime& d) {
-    int y, m, day;
-    d.ymd(y, m, day);
-    char buf[48];
-    std::snprintf(buf, sizeof buf, "%d/%d/%04d", m, day, y);
-    return fromUtf8(buf);
+    int year = 0, month = 0, day = 0;
+    d.ymd(year, month, day);
+    std::u16string out;
+    appendInteger(out, month);
+    out += u'/';
+    appendInteger(out, day);
+    out += u'/';
+    appendInteger(out, year, 4);
+    return out;
 }
 
-// A time within one day reads as a clock time; durations beyond a day (or below zero) keep
-// counting hours, without AM/PM.
 std::u16string formatTime(const DateTime& t) {
-    if (t.usec >= 0 && t.usec < kUsecPerDay) return fromUtf8(clockText(t.usec));
-    const int64_t a = t.usec < 0 ? -t.usec : t.usec;
-    const int64_t secs = a / kUsecPerSecond;
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%s%lld:%02lld:%02lld", t.usec < 0 ? "-" : "",
-                  static_cast<long long>(secs / 3600), static_cast<long long>(secs / 60 % 60),
-                  static_cast<long long>(secs % 60));
-    return fromUtf8(buf + fractionText(a % kUsecPerSecond));
+    std::u16string out;
+    if (t.usec >= 0 && t.usec < kUsecPerDay) {
+        appendTimeOfDay(out, t.usec);
+    } else {
+        appendClock(out, t.usec, 1);
+    }
+    return out;
 }
 
 std::u16string formatTimestamp(const DateTime& ts) {
-    return formatDate(ts) + u" " + fromUtf8(clockText(floorMod(ts.usec, kUsecPerDay)));
+    std::u16string out = formatDate(ts);
+    out += u' ';
+    appendTimeOfDay(out, floorMod(ts.usec, kUsecPerDay));
+    return out;
+}
+
+std::u16string formatSqlDate(const DateTime& d) {
+    int year = 0, month = 0, day = 0;
+    d.ymd(year, month, day);
+    std::u16string out;
+    appendInteger(out, year, 4);
+    out += u'-';
+    appendInteger(out, month, 2);
+    out += u'-';
+    appendInteger(out, day, 2);
+    return out;
+}
+
+std::u16string formatSqlTime(const DateTime& t) {
+    std::u16string out;
+    appendClock(out, t.usec, 2);
+    return out;
+}
+
+std::u16string formatSqlTimestamp(const DateTime& ts) {
+    std::u16string out = formatSqlDate(ts);
+    out += u' ';
+    appendClock(out, floorMod(ts.usec, kUsecPerDay), 2);
+    return out;
 }
 
 std::optional<DateTime> parseDate(std::u16string_view text) {

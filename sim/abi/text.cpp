@@ -3,8 +3,8 @@
 #include <cstring>
 #include <cwchar>
 
-#include "sim/abi_guard.h"
-#include "sim/encoding.h"
+#include "sim/abi/guard.h"
+#include "sim/core/encoding.h"
 
 using namespace sim;
 using namespace sim::abi;

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "host/fmx_abi.h"
-#include "sim/faults.h"
-#include "sim/objects.h"
+#include "sim/abi/faults.h"
+#include "sim/core/objects.h"
 
 namespace sim::abi {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "sim/abi_guard.h"
+#include "sim/abi/guard.h"
 
 using namespace sim;
 using namespace sim::abi;

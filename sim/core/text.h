@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,15 +37,10 @@ class Text {
 public:
     Text() = default;
     explicit Text(std::u16string_view units);
-    // Keeps its units in `arena`, which must outlive the text. Copies of the text use the heap;
-    // a text moved from it keeps the arena (a SQL result builds its values so, in bulk).
-    Text(std::u16string_view units, std::pmr::memory_resource* arena);
-    // Takes over `units`, arena included.
-    static Text adopting(std::pmr::u16string&& units) { return Text(Adopt{}, std::move(units)); }
+    explicit Text(std::u16string&& units) : units_(std::move(units)) {}
+    explicit Text(const char16_t* units) : Text(std::u16string_view(units)) {}
     Text(const Text& other);
     Text& operator=(const Text& other);
-    // A moved-to text keeps the source's arena; a text assigned to keeps its own (copying units
-    // across when the two differ).
     Text(Text&&) noexcept = default;
     Text& operator=(Text&&) = default;
     ~Text() = default;
@@ -95,9 +89,6 @@ public:
     };
 
 private:
-    struct Adopt {};
-    Text(Adopt, std::pmr::u16string&& units) : units_(std::move(units)) {}
-
     // Span lists are sorted by start, the first at 0, neighbours differ. An empty run list means
     // all traits disabled; an empty alignment list means None everywhere (a paragraph takes the
     // value of its first character).
@@ -109,9 +100,8 @@ private:
     const std::vector<Span<Alignment>>& paras() const;
     Styles& styles();  // made on the first change that may style the text
 
-    std::pmr::u16string units_;
-    // Most texts are plain (a SQL result holds them by the hundred thousand): their styles take
-    // one null pointer.
+    std::u16string units_;
+    // Most texts are plain: their styles take one null pointer.
     std::unique_ptr<Styles> styles_;
 };
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "sim/abi_guard.h"
-#include "sim/encoding.h"
+#include "sim/abi/guard.h"
+#include "sim/core/encoding.h"
 
 using namespace sim;
 using namespace sim::abi;
