@@ -16,17 +16,8 @@ constexpr std::size_t kMinimumStack = std::size_t{1} << 20;
 struct Job {
     const std::function<void()>* work;
     std::exception_ptr error;
+    std::size_t touched = 0;
 };
-
-void* runJob(void* arg) {
-    auto* job = static_cast<Job*>(arg);
-    try {
-        (*job->work)();
-    } catch (...) {
-        job->error = std::current_exception();
-    }
-    return nullptr;
-}
 
 // Bytes of [base, base + size) that are resident, i.e. were written since the mapping was made.
 std::size_t residentBytes(char* base, std::size_t size) {
@@ -38,23 +29,27 @@ std::size_t residentBytes(char* base, std::size_t size) {
     return count * page;
 }
 
-class Mapping {
-public:
-    explicit Mapping(std::size_t size) : size_(size) {
-        void* p = mmap(nullptr, size, PROT_READ | PROT_WRITE,
-                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
-        if (p == MAP_FAILED) throw std::bad_alloc();
-        base_ = static_cast<char*>(p);
-    }
-    ~Mapping() { munmap(base_, size_); }
-    Mapping(const Mapping&) = delete;
-    Mapping& operator=(const Mapping&) = delete;
-    char* base() const { return base_; }
+// How much of this thread's own stack has been touched so far.
+std::size_t touchedStackBytes() {
+    pthread_attr_t attr;
+    if (pthread_getattr_np(pthread_self(), &attr) != 0) return 0;
+    void* base = nullptr;
+    std::size_t size = 0;
+    const bool known = pthread_attr_getstack(&attr, &base, &size) == 0;
+    pthread_attr_destroy(&attr);
+    return known ? residentBytes(static_cast<char*>(base), size) : 0;
+}
 
-private:
-    char* base_ = nullptr;
-    std::size_t size_;
-};
+void* runJob(void* arg) {
+    auto* job = static_cast<Job*>(arg);
+    try {
+        (*job->work)();
+    } catch (...) {
+        job->error = std::current_exception();
+    }
+    job->touched = touchedStackBytes();
+    return nullptr;
+}
 
 class Attributes {
 public:
@@ -79,18 +74,18 @@ void RunOnBigStack(std::size_t stackBytes, const std::function<void()>& work,
     const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     std::size_t stack = stackBytes < kMinimumStack ? kMinimumStack : stackBytes;
     stack = (stack + page - 1) / page * page;
-    // The stack grows down, towards the guard at the low end.
-    const Mapping mapping(kGuardBytes + stack);
-    if (mprotect(mapping.base(), kGuardBytes, PROT_NONE) != 0) throw std::bad_alloc();
-    char* const stackBase = mapping.base() + kGuardBytes;
-
+    // The C library maps the stack without touching it, puts the guard below it, and unmaps a
+    // stack this large when the thread has been joined.
     Attributes attributes;
-    if (pthread_attr_setstack(attributes.get(), stackBase, stack) != 0) throw std::bad_alloc();
+    if (pthread_attr_setstacksize(attributes.get(), stack) != 0 ||
+        pthread_attr_setguardsize(attributes.get(), kGuardBytes) != 0) {
+        throw std::bad_alloc();
+    }
     Job job{&work, nullptr};
     pthread_t thread;
     if (pthread_create(&thread, attributes.get(), runJob, &job) != 0) throw std::bad_alloc();
     pthread_join(thread, nullptr);
-    if (touched != nullptr) *touched = residentBytes(stackBase, stack);
+    if (touched != nullptr) *touched = job.touched;
     if (job.error) std::rethrow_exception(job.error);
 }
 
