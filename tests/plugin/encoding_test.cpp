@@ -10,21 +10,11 @@
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
+#include "tests/plugin/plugin_test_support.h"
 
 namespace {
 
-class Base64 : public ::testing::Test {
-protected:
-    Base64() {
-        sim::SessionOptions o;
-        o.pluginPath = RAVELIN_PLUGIN_PATH;
-        session_.emplace(o);
-    }
-    sim::EvalResult eval(const std::string& calc) { return session_->eval(calc); }
-
-    std::optional<sim::Session> session_;
-    sim::Env env_;
-};
+class Base64 : public plugin_test::LoadedPluginTest {};
 
 TEST_F(Base64, ConvertsThroughTheHost) {
     const struct {

@@ -12,6 +12,7 @@
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
+#include "tests/plugin/plugin_test_support.h"
 
 namespace {
 
@@ -25,19 +26,7 @@ std::string mergeCalc(const std::string& templ) {
     return "Ravelin_MergeText ( \"" + quoted + "\" )";
 }
 
-class MergeText : public ::testing::Test {
-protected:
-    MergeText() {
-        sim::SessionOptions o;
-        o.pluginPath = RAVELIN_PLUGIN_PATH;
-        session_.emplace(o);
-    }
-
-    sim::EvalResult eval(const std::string& calc) { return session_->eval(calc); }
-
-    std::optional<sim::Session> session_;
-    sim::Env env_;
-};
+class MergeText : public plugin_test::LoadedPluginTest {};
 
 TEST_F(MergeText, FillsTemplates) {
     const char* const kCount = "Let ( $$n = $$n + 1 ; $$n )";

@@ -38,4 +38,20 @@ protected:
     sim::Env env_;
 };
 
+// A running host with the built plug-in loaded, as fmsim runs it.
+class LoadedPluginTest : public ::testing::Test {
+protected:
+    sim::EvalResult eval(std::string_view calculation) { return session_.eval(calculation); }
+
+    sim::Session session_{withPlugin()};
+    sim::Env env_;
+
+private:
+    static sim::SessionOptions withPlugin() {
+        sim::SessionOptions o;
+        o.pluginPath = RAVELIN_PLUGIN_PATH;
+        return o;
+    }
+};
+
 }  // namespace plugin_test

@@ -16,20 +16,11 @@
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
+#include "tests/plugin/plugin_test_support.h"
 
 namespace {
 
-class Regex : public ::testing::Test {
-protected:
-    Regex() {
-        sim::SessionOptions o;
-        o.pluginPath = RAVELIN_PLUGIN_PATH;
-        session_.emplace(o);
-    }
-    sim::EvalResult eval(const std::string& calc) { return session_->eval(calc); }
-
-    std::optional<sim::Session> session_;
-};
+class Regex : public plugin_test::LoadedPluginTest {};
 
 // A calculation's string literal for `s`.
 std::string quoted(const std::string& s) {
