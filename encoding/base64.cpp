@@ -23,13 +23,12 @@ uint8_t valueAt(std::string_view s, std::size_t i) {
     return i < s.size() ? base64DecTable[static_cast<uint8_t>(s[i])] : 0;
 }
 
-template <class Char>
-std::basic_string<Char> encode(std::string_view bytes) {
+std::string encode(std::string_view bytes) {
     const std::size_t length = bytes.size();
     const std::size_t groups = length == 0 ? 1 : (length + 2) / 3;
-    std::basic_string<Char> out(groups * 4, Char{0});
+    std::string out(groups * 4, '\0');
     const auto* in = reinterpret_cast<const uint8_t*>(bytes.data());
-    Char* o = out.data();
+    char* o = out.data();
     // Whole groups without bounds checks; the last group, full or not, below.
     const std::size_t whole = length == 0 ? 0 : (length - 1) / 3;
     for (std::size_t g = 0; g < whole; ++g, in += 3, o += 4) {
@@ -50,9 +49,7 @@ std::basic_string<Char> encode(std::string_view bytes) {
 
 }  // namespace
 
-std::string B64_Encode(std::string_view bytes) { return encode<char>(bytes); }
-
-std::u16string B64_Encode16(std::string_view bytes) { return encode<char16_t>(bytes); }
+std::string B64_Encode(std::string_view bytes) { return encode(bytes); }
 
 std::string B64_Decode(std::string_view characters) {
     const std::size_t length = characters.size();

@@ -12,8 +12,6 @@
 // a short last group. At least one group is always written: no bytes give "AA==". A byte that
 // the last group needs past the input counts as zero.
 std::string B64_Encode(std::string_view bytes);
-// The same characters as UTF-16 units, ready for the host's text.
-std::u16string B64_Encode16(std::string_view bytes);
 
 // Three bytes per started group of four characters (at least one group), less one for each "="
 // among the second, third and fourth character of the last group. Characters missing from a

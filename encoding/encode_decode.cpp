@@ -60,10 +60,8 @@ fmx::errcode Ravelin_Encode(short, const fmx::ExprEnv& env, const fmx::DataVect&
         const std::string_view utf8 = bytesOf(text, 4, fmx::kEncoding_UTF8, buffer);
         fmx::TextUniquePtr output;
         if (text.GetSize() > 0) {
-            // Base64 is ASCII: its units are the native bytes, without the host decoding them.
-            const std::u16string encoded = B64_Encode16(utf8);
-            output->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(encoded.data()),
-                                            static_cast<fmx::uint32>(encoded.size()));
+            // Base64 is ASCII, the same in every encoding that keeps ASCII: the native one will do.
+            output->Assign(B64_Encode(utf8), fmx::kEncoding_Native);
         }
         fmlib::SetResultText(result, *output);
     });

@@ -35,13 +35,11 @@ public:
         items_ = &rows_.emplace_back().items;
         items_->reserve(static_cast<std::size_t>(columns));
     }
-    void field(Value&& v) override {
-        items_->push_back(std::make_unique<sim::DataObj>(std::move(v)));
-    }
+    void field(Value&& v) override { items_->emplace_back(std::move(v)); }
 
 private:
     std::vector<sim::DataVectObj>& rows_;
-    std::vector<std::unique_ptr<sim::DataObj>>* items_ = nullptr;
+    std::vector<sim::DataObj>* items_ = nullptr;
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {

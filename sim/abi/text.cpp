@@ -46,25 +46,6 @@ std::u16string_view sliceOf(const Text& t, fmx::uint32 position, fmx::uint32 siz
     return std::u16string_view(t.units()).substr(std::min(position, t.size()), size);
 }
 
-// How many of `bytes` fit into `room` without splitting a UTF-8 sequence.
-size_t fittingBytes(const std::string& bytes, size_t room, fmx::int32 encoding) {
-    if (bytes.size() <= room) return bytes.size();
-    size_t n = room;
-    if (!isSingleByte(encoding)) {
-        while (n > 0 && (static_cast<unsigned char>(bytes[n]) & 0xC0) == 0x80) --n;
-    }
-    return n;
-}
-
-// The bytes of a slice, at most enough of it to fill `room` bytes (every unit but a surrogate
-// half gives at least one byte).
-std::string bytesOf(const Text& t, fmx::uint32 position, fmx::uint32 size, size_t room,
-                    fmx::int32 encoding) {
-    std::u16string_view units = sliceOf(t, position, size);
-    if (units.size() > 2 * room + 2) units = units.substr(0, 2 * room + 2);
-    return encode(units, encoding);
-}
-
 }  // namespace
 
 extern "C" {
@@ -144,9 +125,7 @@ void FM_Text_GetBytes(const void* self, char* buffer, fmx::uint32 buffersize, fm
         const Text& t = abi::self<Text>(self);
         if (buffersize == 0) return;
         require(buffer != nullptr);
-        const std::string bytes = bytesOf(t, position, size, buffersize - 1, encoding);
-        const size_t n = fittingBytes(bytes, buffersize - 1, encoding);
-        std::memcpy(buffer, bytes.data(), n);
+        const size_t n = encodeInto(sliceOf(t, position, size), encoding, buffer, buffersize - 1);
         buffer[n] = '\0';
     });
 }
@@ -158,12 +137,10 @@ fmx::uint32 FM_Text_GetBytesEx(const void* self, char* buffer, fmx::uint32 buffe
     return guard(__func__, x, [&]() -> fmx::uint32 {
         const Text& t = abi::self<Text>(self);
         if (buffer == nullptr || buffersize == 0) {
-            return static_cast<fmx::uint32>(encode(sliceOf(t, position, size), encoding).size());
+            return static_cast<fmx::uint32>(encodedSize(sliceOf(t, position, size), encoding));
         }
-        const std::string bytes = bytesOf(t, position, size, buffersize, encoding);
-        const size_t n = fittingBytes(bytes, buffersize, encoding);
-        std::memcpy(buffer, bytes.data(), n);
-        return static_cast<fmx::uint32>(n);
+        return static_cast<fmx::uint32>(
+            encodeInto(sliceOf(t, position, size), encoding, buffer, buffersize));
     });
 }
 

@@ -9,7 +9,7 @@ namespace {
 const DataObj& itemAt(const void* self, fmx::uint32 position) {
     const auto& items = abi::self<DataVectObj>(self).items;
     require(position < items.size());
-    return *items[position];
+    return items[position];
 }
 
 }  // namespace
@@ -42,7 +42,7 @@ bool FM_DataVect_IsEmpty(const void* self, _fmxcpt& x) noexcept {
 void FM_DataVect_PushBack(void* self, const fmx::Data& data, _fmxcpt& x) noexcept {
     guard(__func__, x, [&] {
         auto& items = abi::self<DataVectObj>(self).items;
-        items.push_back(std::make_unique<DataObj>(arg(data)));
+        items.emplace_back(arg(data));
     });
 }
 
@@ -51,7 +51,7 @@ fmx::Data* FM_DataVect_PopBack(void* self, _fmxcpt& x) noexcept {
     return guard(__func__, x, [&] {
         auto& items = abi::self<DataVectObj>(self).items;
         require(!items.empty());
-        std::unique_ptr<DataObj> last = std::move(items.back());
+        auto last = std::make_unique<DataObj>(std::move(items.back()));
         items.pop_back();
         return handleOf(last.release());
     });

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -90,17 +91,33 @@ const ByteTable* byteTable(int32_t encoding) {
     }
 }
 
-void appendCodePoint(std::u16string& out, char32_t c) {
-    if (c < 0x10000) {
-        out.push_back(static_cast<char16_t>(c));
-    } else {
-        c -= 0x10000;
-        out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-        out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
+bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
+bool isLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
+bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
+
+// Texts are mostly ASCII: both directions find ASCII runs a block at a time and copy them in a
+// loop the compiler vectorizes, and handle other characters one by one.
+size_t asciiBytes(const char* s, size_t n) {
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t block;
+        std::memcpy(&block, s + i, 8);
+        if (block & 0x8080808080808080u) break;
     }
+    while (i < n && static_cast<unsigned char>(s[i]) < 0x80) ++i;
+    return i;
 }
 
-bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
+size_t asciiUnits(const char16_t* s, size_t n) {
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        char16_t any = 0;
+        for (size_t k = 0; k < 8; ++k) any |= s[i + k];
+        if (any >= 0x80) break;
+    }
+    while (i < n && s[i] < 0x80) ++i;
+    return i;
+}
 
 // Decodes one UTF-8 sequence at s[i], advancing i; a malformed sequence yields U+FFFD and skips
 // only its well-formed prefix (at least one byte).
@@ -127,53 +144,110 @@ char32_t nextUtf8(std::string_view s, size_t& i) {
     return c;
 }
 
-void appendUtf8(std::string& out, char32_t c) {
+// Writes one code point as UTF-16 units; answers the number written.
+size_t putUnits(char16_t* out, char32_t c) {
+    if (c < 0x10000) {
+        out[0] = static_cast<char16_t>(c);
+        return 1;
+    }
+    c -= 0x10000;
+    out[0] = static_cast<char16_t>(0xD800 + (c >> 10));
+    out[1] = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+    return 2;
+}
+
+// The code point that starts at units[i] and the units it takes; unpaired surrogates are U+FFFD.
+char32_t nextCodePoint(std::u16string_view units, size_t i, size_t& taken) {
+    const char16_t u = units[i];
+    taken = 1;
+    if (isLead(u) && i + 1 < units.size() && isTrail(units[i + 1])) {
+        taken = 2;
+        return 0x10000 + ((char32_t(u) - 0xD800) << 10) + (units[i + 1] - 0xDC00);
+    }
+    return isLead(u) || isTrail(u) ? kReplacement : u;
+}
+
+size_t utf8Length(char32_t c) { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
+
+void putUtf8(char* out, char32_t c) {
     if (c < 0x80) {
-        out.push_back(static_cast<char>(c));
+        out[0] = static_cast<char>(c);
     } else if (c < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        out[0] = static_cast<char>(0xC0 | (c >> 6));
+        out[1] = static_cast<char>(0x80 | (c & 0x3F));
     } else if (c < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        out[0] = static_cast<char>(0xE0 | (c >> 12));
+        out[1] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out[2] = static_cast<char>(0x80 | (c & 0x3F));
     } else {
-        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+        out[0] = static_cast<char>(0xF0 | (c >> 18));
+        out[1] = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out[2] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out[3] = static_cast<char>(0x80 | (c & 0x3F));
     }
 }
 
-bool isLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
-bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
+size_t utf8Into(std::u16string_view units, char* out, size_t room) {
+    size_t written = 0;
+    for (size_t i = 0; i < units.size();) {
+        const char16_t u = units[i];
+        if (u < 0x80) {
+            if (written == room) break;
+            out[written++] = static_cast<char>(u);
+            ++i;
+            continue;
+        }
+        size_t taken = 0;
+        const char32_t c = nextCodePoint(units, i, taken);
+        const size_t length = utf8Length(c);
+        if (length > room - written) break;
+        putUtf8(out + written, c);
+        written += length;
+        i += taken;
+    }
+    return written;
+}
+
+size_t singleByteInto(const ByteTable& table, std::u16string_view units, char* out, size_t room) {
+    size_t written = 0;
+    for (size_t i = 0; i < units.size() && written < room; ++i) {
+        const char16_t u = units[i];
+        if (u < 0x80 && table.toUnit[u] == u) {
+            out[written++] = static_cast<char>(u);
+        } else if (isLead(u) && i + 1 < units.size() && isTrail(units[i + 1])) {
+            out[written++] = '?';  // one mark for the whole pair
+            ++i;
+        } else {
+            out[written++] = table.byteFor(u);
+        }
+    }
+    return written;
+}
 
 }  // namespace
 
 bool isSingleByte(int32_t encoding) { return encoding >= 2 && encoding <= 5; }
 
 std::u16string fromUtf8(std::string_view s) {
-    std::u16string out;
-    out.reserve(s.size());
+    std::u16string out(s.size(), u'\0');  // never more units than bytes
     size_t i = 0;
-    while (i < s.size()) appendCodePoint(out, nextUtf8(s, i));
+    size_t written = 0;
+    while (i < s.size()) {
+        const size_t run = asciiBytes(s.data() + i, s.size() - i);
+        const auto* from = reinterpret_cast<const unsigned char*>(s.data() + i);
+        char16_t* to = out.data() + written;
+        for (size_t k = 0; k < run; ++k) to[k] = from[k];
+        i += run;
+        written += run;
+        if (i < s.size()) written += putUnits(out.data() + written, nextUtf8(s, i));
+    }
+    out.resize(written);
     return out;
 }
 
 std::string toUtf8(std::u16string_view s) {
-    std::string out;
-    out.reserve(s.size());
-    for (size_t i = 0; i < s.size(); ++i) {
-        char16_t u = s[i];
-        if (isLead(u) && i + 1 < s.size() && isTrail(s[i + 1])) {
-            appendUtf8(out, 0x10000 + ((char32_t(u) - 0xD800) << 10) + (s[i + 1] - 0xDC00));
-            ++i;
-        } else if (isLead(u) || isTrail(u)) {
-            appendUtf8(out, kReplacement);
-        } else {
-            appendUtf8(out, u);
-        }
-    }
+    std::string out(encodedSize(s, 0), '\0');
+    utf8Into(s, out.data(), out.size());
     return out;
 }
 
@@ -187,22 +261,34 @@ std::u16string decode(std::string_view bytes, int32_t encoding) {
     return out;
 }
 
-std::string encode(std::u16string_view units, int32_t encoding) {
-    const ByteTable* table = byteTable(encoding);
-    if (!table) return toUtf8(units);
-    std::string out;
-    out.reserve(units.size());
-    for (size_t i = 0; i < units.size(); ++i) {
-        const char16_t u = units[i];
-        if (u < 0x80 && table->toUnit[u] == u) {
-            out.push_back(static_cast<char>(u));
-        } else if (isLead(u) && i + 1 < units.size() && isTrail(units[i + 1])) {
-            out.push_back('?');  // one mark for the whole pair
-            ++i;
-        } else {
-            out.push_back(table->byteFor(u));
+size_t encodedSize(std::u16string_view units, int32_t encoding) {
+    size_t bytes = 0;
+    if (isSingleByte(encoding)) {
+        for (size_t i = 0; i < units.size(); ++i, ++bytes) {
+            if (isLead(units[i]) && i + 1 < units.size() && isTrail(units[i + 1])) ++i;
         }
+        return bytes;
     }
+    for (size_t i = 0; i < units.size();) {
+        const size_t run = asciiUnits(units.data() + i, units.size() - i);
+        bytes += run;
+        i += run;
+        if (i == units.size()) break;
+        size_t taken = 0;
+        bytes += utf8Length(nextCodePoint(units, i, taken));
+        i += taken;
+    }
+    return bytes;
+}
+
+size_t encodeInto(std::u16string_view units, int32_t encoding, char* out, size_t room) {
+    const ByteTable* table = byteTable(encoding);
+    return table ? singleByteInto(*table, units, out, room) : utf8Into(units, out, room);
+}
+
+std::string encode(std::u16string_view units, int32_t encoding) {
+    std::string out(encodedSize(units, encoding), '\0');
+    encodeInto(units, encoding, out.data(), out.size());
     return out;
 }
 

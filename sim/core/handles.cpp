@@ -18,7 +18,7 @@ DataHandle makeData(Value v) { return DataHandle(handleOf(new DataObj(std::move(
 DataVectHandle makeDataVect(const std::vector<Value>& values) {
     auto vect = std::make_unique<DataVectObj>();
     vect->items.reserve(values.size());
-    for (const Value& v : values) vect->items.push_back(std::make_unique<DataObj>(v));
+    for (const Value& v : values) vect->items.emplace_back(v);
     return DataVectHandle(handleOf(vect.release()));
 }
 
@@ -39,7 +39,7 @@ Text& textOf(fmx::Text& t) { return objectOf(t); }
 std::vector<Value> valuesOf(const fmx::DataVect& v) {
     std::vector<Value> out;
     out.reserve(objectOf(v).items.size());
-    for (const auto& item : objectOf(v).items) out.push_back(item->value());
+    for (const auto& item : objectOf(v).items) out.push_back(item.value());
     return out;
 }
 
@@ -47,7 +47,7 @@ void clearRows(fmx::RowVect& rows) { objectOf(rows).rows.clear(); }
 
 size_t sizeOf(const fmx::DataVect& v) { return objectOf(v).items.size(); }
 
-const Value& valueAt(const fmx::DataVect& v, size_t i) { return objectOf(v).items.at(i)->value(); }
+const Value& valueAt(const fmx::DataVect& v, size_t i) { return objectOf(v).items.at(i).value(); }
 
 std::vector<std::vector<Value>> rowsOf(const fmx::RowVect& rows) {
     std::vector<std::vector<Value>> out;

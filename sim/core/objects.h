@@ -40,6 +40,8 @@ public:
         set(other.value_);
         return *this;
     }
+    DataObj(DataObj&&) noexcept = default;
+    DataObj& operator=(DataObj&&) noexcept = default;
 
     const Value& value() const { return value_; }
     void set(Value v) {
@@ -79,8 +81,11 @@ private:
     mutable std::unique_ptr<Converted> converted_;
 };
 
+// The items lie side by side (a row of a SQL result is one block, not one block per field), so
+// an item's handle is valid until the vector changes, as a value's borrowed forms are valid until
+// the value changes.
 struct DataVectObj {
-    std::vector<std::unique_ptr<DataObj>> items;
+    std::vector<DataObj> items;
 };
 
 struct RowVectObj {

@@ -216,6 +216,11 @@ void Text::assign(std::u16string_view units) {
     styles_.reset();
 }
 
+void Text::assign(std::u16string&& units) {
+    units_ = std::move(units);
+    styles_.reset();
+}
+
 void Text::setSlice(const Text& other, uint32_t pos, uint32_t len) {
     clampRange(other.size(), pos, len);
     if (&other == this) {

@@ -52,6 +52,8 @@ public:
 
     // Replaces the whole text with plain, unstyled units.
     void assign(std::u16string_view units);
+    void assign(std::u16string&& units);
+    void assign(const char16_t* units) { assign(std::u16string_view(units)); }
     // Replaces the whole text with a slice of `other`, styles included.
     void setSlice(const Text& other, uint32_t pos, uint32_t len);
     void append(const Text& other, uint32_t pos = 0, uint32_t len = UINT32_MAX);

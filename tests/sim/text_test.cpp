@@ -40,6 +40,23 @@ TEST(Encoding, MarksWhatCannotBeRepresented) {
     EXPECT_EQ(fromUtf8("\xED\xA0\x80"), u"\uFFFD");  // an encoded surrogate is malformed
 }
 
+// ASCII runs are converted a block at a time: characters on either side of a block boundary,
+// and a lone surrogate there, must come out as they do one at a time.
+TEST(Encoding, RunsOfAsciiAroundOtherCharacters) {
+    for (size_t before = 0; before <= 17; ++before) {
+        for (const std::u16string other : {u"\u00e9", u"\u20ac", u"\U0001F600", u"\xD800"}) {
+            const std::u16string units = std::u16string(before, u'a') + other + u"bcdefghij";
+            SCOPED_TRACE(before);
+            const std::string bytes = toUtf8(units);
+            EXPECT_EQ(bytes.size(), encodedSize(units, 0));
+            const std::u16string back =
+                other == u"\xD800" ? std::u16string(before, u'a') + u"\uFFFD" + u"bcdefghij"
+                                   : units;
+            EXPECT_EQ(fromUtf8(bytes), back);
+        }
+    }
+}
+
 CharStyle bold() {
     CharStyle s;
     s.face = s.faceMask = 0x0100;
