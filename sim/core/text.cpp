@@ -182,7 +182,7 @@ CharStyle normalized(CharStyle s) {
     return s;
 }
 
-Text::Text(std::u16string_view units) : units_(units) {}
+Text::Text(std::u16string_view units) : units_(std::u16string(units)) {}
 
 Text::Text(const Text& other)
     : units_(other.units_),
@@ -212,12 +212,12 @@ Text::Styles& Text::styles() {
 }
 
 void Text::assign(std::u16string_view units) {
-    units_ = units;
+    units_ = SharedUnits(std::u16string(units));
     styles_.reset();
 }
 
 void Text::assign(std::u16string&& units) {
-    units_ = std::move(units);
+    units_ = SharedUnits(std::move(units));
     styles_.reset();
 }
 
@@ -228,7 +228,7 @@ void Text::setSlice(const Text& other, uint32_t pos, uint32_t len) {
         setSlice(copy, pos, len);
         return;
     }
-    units_.assign(other.units_, pos, len);
+    units_ = SharedUnits(std::u16string(other.units().substr(pos, len)));
     if (!other.styles_) {
         styles_.reset();
         return;
@@ -247,7 +247,7 @@ void Text::append(const Text& other, uint32_t pos, uint32_t len) {
         return;
     }
     const uint32_t before = size();
-    units_.append(other.units_, pos, len);
+    units_.edit([&](std::u16string& u) { u.append(other.units().substr(pos, len)); });
     if (!styles_ && !other.styles_) return;
     appendSlice(styles().runs, before, other.runs(), pos, len);
     appendSlice(styles().paras, before, other.paras(), pos, len);
@@ -256,7 +256,7 @@ void Text::append(const Text& other, uint32_t pos, uint32_t len) {
 void Text::append(std::u16string_view plain) {
     if (plain.empty()) return;
     const uint32_t before = size();
-    units_.append(plain);
+    units_.edit([&](std::u16string& u) { u.append(plain); });
     if (!styles_) return;
     if (!styles_->runs.empty()) pushSpan(styles_->runs, before, CharStyle{});
     if (!styles_->paras.empty()) pushSpan(styles_->paras, before, Alignment::None);
@@ -271,7 +271,7 @@ void Text::insert(const Text& other, uint32_t pos) {
     pos = std::min(pos, size());
     if (other.empty()) return;
     const uint32_t before = size();
-    units_.insert(pos, other.units_);
+    units_.edit([&](std::u16string& u) { u.insert(pos, other.units()); });
     if (!styles_ && !other.styles_) return;
     insertSpans(styles().runs, before, other.runs(), 0, other.size(), pos);
     insertSpans(styles().paras, before, other.paras(), 0, other.size(), pos);
@@ -281,18 +281,18 @@ void Text::erase(uint32_t pos, uint32_t len) {
     clampRange(size(), pos, len);
     if (len == 0) return;
     const uint32_t before = size();
-    units_.erase(pos, len);
+    units_.edit([&](std::u16string& u) { u.erase(pos, len); });
     if (!styles_) return;
     eraseSpans(styles_->runs, before, pos, len);
     eraseSpans(styles_->paras, before, pos, len);
 }
 
 void Text::replaceUnits(std::u16string_view units) {
-    if (units.size() != units_.size()) {
+    if (units.size() != size()) {
         assign(units);
         return;
     }
-    units_ = units;
+    units_ = SharedUnits(std::u16string(units));
 }
 
 CharStyle Text::styleAt(uint32_t pos) const {
@@ -345,13 +345,13 @@ bool Text::hasStyles() const {
 
 Alignment Text::alignmentAt(uint32_t pos) const {
     if (empty()) return Alignment::None;
-    return valueAt(paras(), std::min(paragraphStart(units_, pos), size() - 1));
+    return valueAt(paras(), std::min(paragraphStart(units(), pos), size() - 1));
 }
 
 void Text::setAlignment(Alignment a, uint32_t pos, uint32_t len) {
     clampRange(size(), pos, len);
-    const uint32_t from = paragraphStart(units_, pos);
-    const uint32_t to = paragraphEnd(units_, len == 0 ? pos : pos + len - 1);
+    const uint32_t from = paragraphStart(units(), pos);
+    const uint32_t to = paragraphEnd(units(), len == 0 ? pos : pos + len - 1);
     changeRange(styles().paras, size(), from, to - from, [a](Alignment) { return a; });
 }
 

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/core/shared_units.h"
+
 namespace sim {
 
 struct Rgb {
@@ -45,10 +47,10 @@ public:
     Text& operator=(Text&&) = default;
     ~Text() = default;
 
-    std::u16string_view units() const { return units_; }
-    std::u16string unitsCopy() const { return std::u16string(units_); }
-    uint32_t size() const { return static_cast<uint32_t>(units_.size()); }
-    bool empty() const { return units_.empty(); }
+    std::u16string_view units() const { return units_.view(); }
+    std::u16string unitsCopy() const { return std::u16string(units()); }
+    uint32_t size() const { return static_cast<uint32_t>(units().size()); }
+    bool empty() const { return units().empty(); }
 
     // Replaces the whole text with plain, unstyled units.
     void assign(std::u16string_view units);
@@ -81,7 +83,7 @@ public:
     void setAlignment(Alignment a, uint32_t pos, uint32_t len);
 
     // Unit-wise comparison of the units only (styles are ignored).
-    friend bool operator==(const Text& a, const Text& b) { return a.units_ == b.units_; }
+    friend bool operator==(const Text& a, const Text& b) { return a.units() == b.units(); }
 
     // A value holding from `start` up to the next span's start (or the end of the text).
     template <class T>
@@ -102,7 +104,7 @@ private:
     const std::vector<Span<Alignment>>& paras() const;
     Styles& styles();  // made on the first change that may style the text
 
-    std::u16string units_;
+    SharedUnits units_;
     // Most texts are plain: their styles take one null pointer.
     std::unique_ptr<Styles> styles_;
 };

@@ -218,6 +218,38 @@ TEST(Text, ClampsPositions) {
     EXPECT_TRUE(s.empty());
 }
 
+// Long texts share their units between copies: a change to one copy must never show in another,
+// whichever side changes, and a text may append a view of its own units.
+TEST(Text, CopiesOfLongTextsChangeIndependently) {
+    const std::u16string longUnits(5000, u'x');
+    using Change = void (*)(Text&);
+    const std::pair<const char*, Change> changes[] = {
+        {"append", [](Text& t) { t.append(u"!"); }},
+        {"append text", [](Text& t) { t.append(Text(u"!")); }},
+        {"insert", [](Text& t) { t.insert(Text(u"!"), 0); }},
+        {"erase", [](Text& t) { t.erase(0, 4990); }},
+        {"assign", [](Text& t) { t.assign(u"!"); }},
+        {"self append", [](Text& t) { t.append(t.units().substr(0, 10)); }},
+    };
+    for (const auto& [name, change] : changes) {
+        SCOPED_TRACE(name);
+        Text original{std::u16string(longUnits)};
+        Text copy = original;
+        change(copy);
+        EXPECT_EQ(original.units(), longUnits);
+        Text changedFirst = copy;
+        Text second = changedFirst;
+        change(changedFirst);
+        EXPECT_EQ(second.units(), copy.units());
+    }
+    Text small(u"abc");
+    small.append(small.units());  // a view of the text's own short units
+    EXPECT_EQ(small.units(), u"abcabc");
+    Text grown{std::u16string(4095, u'y')};
+    grown.append(grown.units().substr(0, 2));  // crosses into sharing with a view of itself
+    EXPECT_EQ(grown.units(), std::u16string(4097, u'y'));
+}
+
 TEST(Text, CaseMappingKeepsLengthAndPairs) {
     EXPECT_EQ(toLower(u"ÄÖÜ Straße İ"), u"äöü straße i");
     EXPECT_EQ(toUpper(u"straße ǆ"), u"STRAßE Ǆ");
