@@ -52,6 +52,10 @@ public:
 struct Result {
     Value value;
     short error = 0;
+    // A syntax error's UTF-16 offset into the calculation (-1 for other errors), and what the
+    // engine can tell beyond the code.
+    int offset = -1;
+    std::u16string hint{};
 };
 
 // Evaluates a calculation. Never throws for bad input: syntax and evaluation errors come back

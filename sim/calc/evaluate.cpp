@@ -9,12 +9,20 @@
 namespace sim::calc {
 
 Result evaluate(std::u16string_view expression, Context& context) {
+    NodePtr tree;
     try {
-        const NodePtr tree = parse(expression, context);
+        tree = parse(expression, context);
+    } catch (CalcError& e) {
+        return Result{Value(), e.code, e.offset, std::move(e.hint)};
+    } catch (...) {
+        return Result{Value(), kGenericError};
+    }
+    try {
         Evaluator evaluator(context);
         return Result{evaluator.eval(*tree), 0};
-    } catch (const CalcError& e) {
-        return Result{Value(), e.code};
+    } catch (CalcError& e) {
+        // A syntax error inside Evaluate is not one of this calculation's.
+        return Result{Value(), e.code, -1, std::move(e.hint)};
     } catch (...) {
         // Out of memory or a fault in a lower layer: a failed calculation, not a failed host.
         return Result{Value(), kGenericError};

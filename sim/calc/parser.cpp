@@ -84,12 +84,19 @@ public:
           scope_(std::move(letNames)),
           depth_(depth) {}
 
+    // A syntax error carries where it was found: at the token being looked at, unless the
+    // error names an earlier one.
     NodePtr parseAll() {
-        if (peek().kind == Tok::End) return literal(Value::text(std::u16string()));
-        NodePtr root = parseExpression(kOrLevel);
-        if (peek().kind == Tok::RParen) fail(kUnbalancedParenthesis);
-        if (peek().kind != Tok::End) fail(kOperatorMissing);
-        return root;
+        try {
+            if (peek().kind == Tok::End) return literal(Value::text(std::u16string()));
+            NodePtr root = parseExpression(kOrLevel);
+            if (peek().kind == Tok::RParen) fail(kUnbalancedParenthesis);
+            if (peek().kind != Tok::End) fail(kOperatorMissing);
+            return root;
+        } catch (CalcError& e) {
+            if (e.offset < 0) e.offset = static_cast<int>(peek().offset);
+            throw;
+        }
     }
 
 private:
@@ -99,6 +106,11 @@ private:
         Token t = tokens_[pos_];
         if (t.kind != Tok::End && t.kind != Tok::Error) ++pos_;
         return t;
+    }
+
+    // An error about token `t`, already taken.
+    [[noreturn]] static void failAt(const Token& t, short code, std::u16string hint = {}) {
+        throw CalcError{code, static_cast<int>(t.offset), std::move(hint)};
     }
 
     bool atKeyword(std::u16string_view keyword) const {
@@ -221,7 +233,7 @@ private:
         const Token t = take();
         const std::u16string lower = lowerName(t.text);
         if (t.text.front() == u'$') return parseVariable(t.text);
-        if (peek().kind == Tok::LParen) return parseCall(t.text, lower);
+        if (peek().kind == Tok::LParen) return parseCall(t, lower);
         if (inScope(lower)) {
             NodePtr n = makeNode(NodeKind::LetName);
             n->name = lower;
@@ -240,7 +252,7 @@ private:
             n->name = t.text;
             return n;
         }
-        raise(kOperatorMissing);
+        failAt(t, kOperatorMissing, u"no variable, constant or function named " + t.text);
     }
 
     NodePtr parseVariable(const std::u16string& name) {
@@ -260,7 +272,8 @@ private:
         return rep;
     }
 
-    NodePtr parseCall(const std::u16string& name, const std::u16string& lower) {
+    NodePtr parseCall(const Token& t, const std::u16string& lower) {
+        const std::u16string& name = t.text;
         if (lower == u"let") return parseLet();
         if (lower == u"get") return parseGet();
         if (const Builtin* b = findBuiltin(lower)) {
@@ -271,7 +284,7 @@ private:
             return n;
         }
         const ExternalFunction* f = context_.findFunction(name);
-        if (f == nullptr) raise(kOperatorMissing);
+        if (f == nullptr) failAt(t, kOperatorMissing, u"no function named " + name);
         const short minArgs = f->minArgs;
         const short maxArgs = f->maxArgs;
         NodePtr n = makeNode(NodeKind::External);
