@@ -1,4 +1,5 @@
 // The engine's entry point: nothing thrown inside gets out.
+#include <chrono>
 #include <new>
 
 #include "sim/calc/context.h"
@@ -7,6 +8,14 @@
 #include "sim/calc/parser.h"
 
 namespace sim::calc {
+
+// The Unix epoch is 62,135,596,800 seconds after 1/1/0001.
+double Context::utcMilliseconds() {
+    const auto since = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<double>(
+               std::chrono::duration_cast<std::chrono::milliseconds>(since).count()) +
+           62135596800000.0;
+}
 
 Result evaluate(std::u16string_view expression, Context& context) {
     NodePtr tree;

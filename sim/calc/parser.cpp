@@ -51,6 +51,14 @@ std::optional<GetSelector> selectorOf(std::u16string_view lower) {
     if (lower == u"currenttimestamp" || lower == u"currenthosttimestamp") {
         return GetSelector::CurrentTimestamp;
     }
+    if (lower == u"applicationversion") return GetSelector::ApplicationVersion;
+    if (lower == u"hostapplicationversion") return GetSelector::HostApplicationVersion;
+    if (lower == u"systemplatform") return GetSelector::SystemPlatform;
+    if (lower == u"systemlanguage") return GetSelector::SystemLanguage;
+    if (lower == u"currenttimeutcmilliseconds") return GetSelector::CurrentTimeUtcMilliseconds;
+    if (lower == u"lasterror") return GetSelector::LastError;
+    if (lower == u"scriptname") return GetSelector::ScriptName;
+    if (lower == u"foundcount") return GetSelector::FoundCount;
     return std::nullopt;
 }
 
@@ -275,6 +283,7 @@ private:
     NodePtr parseCall(const Token& t, const std::u16string& lower) {
         const std::u16string& name = t.text;
         if (lower == u"let") return parseLet();
+        if (lower == u"while") return parseWhile();
         if (lower == u"get") return parseGet();
         if (const Builtin* b = findBuiltin(lower)) {
             NodePtr n = makeNode(NodeKind::Builtin);
@@ -384,6 +393,57 @@ private:
         return let;
     }
 
+    // While ( [ initialVariables ] ; condition ; [ logic ] ; result ): the variables of both
+    // lists are visible in the condition, the logic and the result; the logic assigns them again.
+    NodePtr parseWhile() {
+        take();
+        NodePtr loop = makeNode(NodeKind::While);
+        const size_t outer = scope_.size();
+        loop->bindings = parseBindingList(outer);
+        expectSemicolon();
+        loop->children.push_back(parseExpression(kOrLevel));
+        expectSemicolon();
+        loop->steps = parseBindingList(scope_.size());
+        expectSemicolon();
+        loop->children.push_back(parseExpression(kOrLevel));
+        if (peek().kind == Tok::Semicolon) raise(kTooManyParameters);
+        expectClose(Tok::RParen);
+        scope_.resize(outer);
+        return loop;
+    }
+
+    // "name = value" or "[ name = value ; ... ]"; "[ ]" is an empty list.
+    std::vector<LetBinding> parseBindingList(size_t outer) {
+        std::vector<LetBinding> list;
+        const bool bracketed = peek().kind == Tok::LBracket;
+        if (bracketed) {
+            take();
+            if (peek().kind == Tok::RBracket) {
+                take();
+                return list;
+            }
+        }
+        for (;;) {
+            list.push_back(parseBinding(outer));
+            if (!bracketed) return list;
+            if (peek().kind == Tok::Semicolon) {
+                take();
+                continue;
+            }
+            expectClose(Tok::RBracket);
+            return list;
+        }
+    }
+
+    void expectSemicolon() {
+        if (peek().kind == Tok::Semicolon) {
+            take();
+            return;
+        }
+        if (peek().kind == Tok::RParen) raise(kTooFewParameters);
+        fail(peek().kind == Tok::End ? kUnbalancedParenthesis : kOperatorMissing);
+    }
+
     LetBinding parseBinding(size_t outer) {
         if (peek().kind != Tok::Name || atKeyword(u"and") || atKeyword(u"or") ||
             atKeyword(u"xor") || atKeyword(u"not")) {
@@ -396,7 +456,7 @@ private:
             b.name = lowerName(t.text);
             const auto mine = scope_.begin() + static_cast<std::ptrdiff_t>(outer);
             if (std::find(mine, scope_.end(), b.name) != scope_.end()) {
-                raise(kDuplicateLetVariable);
+                failAt(t, kDuplicateLetVariable);
             }
         } else {
             if (t.text.find_first_not_of(u'$') == std::u16string::npos) raise(kNameMissing);

@@ -37,6 +37,10 @@ std::optional<std::vector<std::u16string>> HostContext::scriptNames(std::u16stri
 
 DateTime HostContext::now() { return host_.now(); }
 
+std::u16string HostContext::applicationVersion() { return host_.applicationVersion(); }
+
+std::u16string HostContext::scriptName() { return env_.scriptName; }
+
 std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
                                                       const std::vector<Value>& arguments,
                                                       std::u16string_view fieldSeparator,

@@ -31,7 +31,7 @@ struct ScriptRunRecord {
     std::string script;
     std::string file;
     std::string parameter;
-    short error = 0;      // the error of the script's calculation
+    short error = 0;        // the error of the script's calculation
     std::string message{};  // its text (errorMessage), empty without error
     // Runs are the same run when they name the same script, file and parameter.
     friend bool operator==(const ScriptRunRecord& a, const ScriptRunRecord& b) {
