@@ -17,9 +17,11 @@
 #include <string>
 #include <vector>
 
+#include "sim/core/encoding.h"
 #include "sim/session/json.h"
 #include "sim/session/session.h"
 #include "sim/shell/concurrent.h"
+#include "sim/shell/input.h"
 #include "sim/shell/options.h"
 
 namespace {
@@ -125,8 +127,22 @@ public:
         if (holding_) {
             held_.push_back(std::move(line));
         } else {
+            // At the prompt, the line being typed gives way and is drawn again afterwards.
+            if (atPrompt_) std::cout << "\r\x1b[K";
             std::cout << line << std::endl;
+            ++printedAtPrompt_;
         }
+    }
+
+    // Between the lines of an interactive shell: counts what is printed meanwhile.
+    void setAtPrompt(bool on) {
+        std::lock_guard lock(mutex_);
+        atPrompt_ = on;
+        printedAtPrompt_ = 0;
+    }
+    int printedAtPrompt() {
+        std::lock_guard lock(mutex_);
+        return printedAtPrompt_;
     }
 
     void hold() {
@@ -158,6 +174,8 @@ private:
     const Messages& messages_;
     std::mutex mutex_;
     bool holding_ = false;
+    bool atPrompt_ = false;
+    int printedAtPrompt_ = 0;
     std::vector<std::string> held_;
 };
 
@@ -168,17 +186,79 @@ void evaluate(sim::Session& session, Printer& printer, const std::string& calc) 
     printer.release();
 }
 
-void readCalculations(sim::Session& session, Printer& printer) {
-    const bool interactive = isatty(STDIN_FILENO);
-    std::string line;
-    for (;;) {
-        if (interactive) std::cout << "fmsim> " << std::flush;
-        if (!std::getline(std::cin, line)) break;
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (line.find_first_not_of(" \t") == std::string::npos) continue;
-        evaluate(session, printer, line);
+const char* const kCommands =
+    ".help              this list\n"
+    ".quit              end fmsim (also .exit, or the end of the input)\n"
+    ".idle SECONDS      send safe idle calls for SECONDS, running the scripts that fall due\n"
+    ".scripts           the current file's scripts\n"
+    ".vars              the current file's $$ variables and the $ variables of calculations\n"
+    ".files             the open files, the current one first\n"
+    "A calculation goes on in the next line while a bracket, quotation or comment is open.\n";
+
+void listVariables(const char* prefix, const std::shared_ptr<sim::Variables>& variables) {
+    if (!variables) return;
+    for (const auto& [name, value] : variables->list()) {
+        sim::Value shown = value;
+        std::string text = sim::toUtf8(shown.textForm().units());
+        for (char& c : text) {
+            if (c == '\r') c = '\n';
+        }
+        std::cout << (name.starts_with(u"$") ? "" : prefix) << sim::toUtf8(name) << " = " << text
+                  << '\n';
     }
-    if (interactive) std::cout << '\n';
+}
+
+// The dot-commands of the interactive shell (and of piped input); false for .quit.
+bool runCommand(sim::Session& session, const Messages& messages, const std::string& line) {
+    std::istringstream words(line);
+    std::string command;
+    std::string argument;
+    words >> command >> argument;
+    sim::Host& host = session.host();
+    const std::u16string current = host.currentFile();
+    if (command == ".quit" || command == ".exit") return false;
+    if (command == ".help") {
+        std::cout << kCommands;
+    } else if (command == ".idle") {
+        char* end = nullptr;
+        const double seconds = std::strtod(argument.c_str(), &end);
+        if (argument.empty() || *end != '\0' || !(seconds >= 0 && seconds <= 86400)) {
+            messages.line(".idle needs a number of seconds (0 to 86400), not \"" + argument + "\"");
+        } else {
+            session.idleFor(std::chrono::milliseconds(static_cast<long long>(seconds * 1000)));
+        }
+    } else if (command == ".scripts") {
+        for (const std::u16string& name :
+             host.scriptNames(current).value_or(std::vector<std::u16string>{})) {
+            std::cout << sim::toUtf8(name) << '\n';
+        }
+    } else if (command == ".vars") {
+        listVariables("", host.fileGlobals(current));
+        listVariables("", host.fileLocals(current));
+    } else if (command == ".files") {
+        for (const std::u16string& name : host.databaseNames()) {
+            std::cout << sim::toUtf8(name) << (name == current ? " (current)" : "") << '\n';
+        }
+    } else {
+        messages.line("unknown command " + command + " (.help lists the commands)");
+    }
+    std::cout.flush();
+    return true;
+}
+
+void readCalculations(sim::Session& session, Printer& printer, const Messages& messages) {
+    const bool terminal = isatty(STDIN_FILENO) && isatty(STDOUT_FILENO);
+    fmsim::InputActions actions;
+    actions.evaluate = [&](const std::string& calc) { evaluate(session, printer, calc); };
+    actions.command = [&](const std::string& line) { return runCommand(session, messages, line); };
+    actions.idle = [&] {
+        printer.setAtPrompt(terminal);
+        session.idle(kFMXT_UserIdle);
+        const bool printed = printer.printedAtPrompt() > 0;
+        printer.setAtPrompt(false);
+        return printed;
+    };
+    fmsim::readInput(actions, terminal);
 }
 
 }  // namespace
@@ -247,7 +327,7 @@ int main(int argc, char** argv) {
         }
     }
     if (options.calculations.empty() && options.concurrent.empty()) {
-        readCalculations(*session, printer);
+        readCalculations(*session, printer, messages);
     } else {
         for (const std::string& calc : options.calculations) evaluate(*session, printer, calc);
     }
