@@ -36,17 +36,28 @@ struct JsonFailure {
     std::string text;
 };
 
-// Numbers cross between the calculation and JSON here only.
+// Numbers cross between the calculation and JSON here only, through their text forms, so that
+// JSON gets the digits the host shows.
 Json jsonNumber(const Value& v) {
     const Number n = v.asNumber();
-    const double d = n.empty || !std::isfinite(n.value) ? 0 : n.value;
-    if (std::trunc(d) == d && std::fabs(d) < 9007199254740992.0) {
-        return Json(static_cast<int64_t>(d));
+    if (n.empty) return Json(0);
+    try {
+        return Json::parse(toUtf8(formatNumber(n)));
+    } catch (const nlohmann::json::parse_error&) {
+        return Json(0);  // not a finite number
     }
-    return Json(d);
 }
 
-Value numberOf(const Json& j) { return numberValue(j.get<double>()); }
+Value numberOf(const Json& j) {
+    if (j.is_number_integer()) return Value::number(parseNumber(fromUtf8(j.dump())));
+    return numberValue(j.get<double>());
+}
+
+// A JSONSetElement type argument; anything unknown reads as JSONRaw.
+int typeOf(const Value& v) {
+    const std::u16string text = formatNumber(v.asNumber());
+    return text.size() == 1 && text[0] >= u'0' && text[0] <= u'6' ? text[0] - u'0' : 0;
+}
 
 // What a parse failure looks like, in the words of FileMaker's JSON reader.
 std::string parseFailureText(const std::string& input, const nlohmann::json::parse_error& e) {
@@ -361,8 +372,7 @@ Value fnSetElement(Evaluator& ev, const Nodes& args) {
                                                                            : parseJson(text);
         for (const std::vector<Value>& change : changes) {
             const std::string path = toUtf8(change[0].asText().units());
-            const double type = change[2].asNumber().value;
-            Json element = elementOf(change[1], std::isfinite(type) ? static_cast<int>(type) : 0);
+            Json element = elementOf(change[1], typeOf(change[2]));
             const std::vector<Step> steps = parsePath(path);
             if (steps.empty()) {
                 root = std::move(element);

@@ -115,6 +115,9 @@ Value fnList(Args& a) {
     return Value::text(std::move(out));
 }
 
+// Sorting compares numbers as doubles; this is the one place that reads them.
+double doubleOf(const Number& n) { return n.value; }
+
 // How SortValues and UniqueValues compare: the data type the values are read as (1 text,
 // 2 number, 3 date, 4 time, 5 timestamp; negative sorts descending) and the locale's collation
 // for text.
@@ -150,7 +153,7 @@ public:
         std::optional<DateTime> dt;
         if (type_ == 2) {
             const Number n = v.asNumber();
-            if (!n.empty && std::isfinite(n.value)) k.number = n.value;
+            if (!n.empty && std::isfinite(doubleOf(n))) k.number = doubleOf(n);
         } else if (type_ == 3) {
             dt = v.tryDate();
         } else if (type_ == 4) {
