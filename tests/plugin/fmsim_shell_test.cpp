@@ -22,15 +22,16 @@ namespace {
 // fmsim on a pseudo-terminal of its own, with its history in a file of the test's.
 class Terminal {
 public:
-    explicit Terminal(const std::string& history, std::vector<std::string> args = {}) {
+    explicit Terminal(const std::string& history, std::vector<std::string> args = {},
+                      const char* program = FMSIM_PATH) {
         pid_ = forkpty(&master_, nullptr, nullptr, nullptr);
         if (pid_ == 0) {
             setenv("FMSIM_HISTORY", history.c_str(), 1);
             setenv("TERM", "dumb", 1);
-            std::vector<char*> argv{const_cast<char*>(FMSIM_PATH)};
+            std::vector<char*> argv{const_cast<char*>(program)};
             for (std::string& a : args) argv.push_back(a.data());
             argv.push_back(nullptr);
-            execv(FMSIM_PATH, argv.data());
+            execv(program, argv.data());
             _exit(127);
         }
     }
@@ -159,9 +160,18 @@ TEST(FmsimShell, NoPromptWhenOutputIsRedirected) {
     const ShellRun run = runShell("printf '1+1\\n.quit\\n2+2\\n' | " + std::string(FMSIM_PATH) +
                                   " --json > " + out + "; cat " + out + "; rm -f " + out);
     EXPECT_EQ(run.output, "{\"type\": \"Number\", \"text\": \"2\", \"error\": 0}\n");
-    const ShellRun multi =
-        runShell("printf 'Let ( a = 1 ;\\n a + 1 )\\n(1\\n' | " + std::string(FMSIM_PATH));
-    EXPECT_EQ(multi.output, "2\n? (error 1207: Unbalanced parenthesis)\n");
+    // Typed on a terminal, but written to a file.
+    {
+        Terminal t("", {"-c", std::string(FMSIM_PATH) + " --json > " + out}, "/bin/sh");
+        t.type("1+1\r");
+        t.type("\x04");
+        EXPECT_EQ(t.exitCode(), 0);
+    }
+    std::ifstream written(out);
+    std::stringstream text;
+    text << written.rdbuf();
+    EXPECT_EQ(text.str(), "{\"type\": \"Number\", \"text\": \"2\", \"error\": 0}\n");
+    std::filesystem::remove(out);
 }
 
 struct MessageCase {
@@ -224,6 +234,27 @@ TEST(FmsimShell, MessagesNameWhatIsAtFault) {
     EXPECT_NE(plain.output.find(text.str()), std::string::npos) << plain.output;
     std::filesystem::remove(seed);
     std::filesystem::remove(log);
+}
+
+// Piped input continues a calculation while a bracket, text constant or comment is open.
+TEST(FmsimShell, CalculationsContinueWhileSomethingIsOpen) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Let ( a = 1 ;\n a + 1 )\n", "2\n"},
+        {"\"a\n b\"\n", "a\r b\n"},
+        {"\"a \\\" ( \"\n", "a \" ( \n"},
+        {"1 + /* (\n */ 2\n", "3\n"},
+        {"1 + // (\n 2\n", "? (error 1203: Unexpected end of calculation)\n2\n"},
+        {"List ( [ 1 ;\n2 ] )\n", "? (error 1211: List usage is not allowed in this function)\n"},
+        {"1 )\n2\n", "? (error 1207: Unbalanced parenthesis)\n2\n"},
+        {".5 + 1\n.files\n", "1.5\nDemo (current)\n"},
+        {"(1\n", "? (error 1207: Unbalanced parenthesis)\n"},
+        {"\n   \n1\n", "1\n"},
+    };
+    for (const auto& [input, wanted] : cases) {
+        const ShellRun run =
+            runShell("printf '%s' " + shellQuoted(input) + " | " + std::string(FMSIM_PATH));
+        EXPECT_EQ(run.output, wanted) << input;
+    }
 }
 
 }  // namespace
