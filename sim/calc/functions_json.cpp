@@ -92,7 +92,31 @@ std::string parseFailureText(const std::string& input, const nlohmann::json::par
            why + "\r";
 }
 
+// Deeper JSON would make writing it recurse too deep; FileMaker's reader stops at such a depth
+// as well.
+constexpr int kMaxJsonDepth = 1000;
+
+bool tooDeep(const std::string& input) {
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < input.size(); ++i) {
+        const char c = input[i];
+        if (inString) {
+            if (c == '\\') ++i;
+            if (c == '"') inString = false;
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaxJsonDepth) return true;
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return false;
+}
+
 Json parseJson(const std::string& input) {
+    if (tooDeep(input)) throw JsonFailure{"? Nesting deeper than 1000 levels"};
     try {
         return Json::parse(input);
     } catch (const nlohmann::json::parse_error& e) {
@@ -154,6 +178,7 @@ std::vector<Step> parsePath(const std::string& path) {
         steps.push_back({Step::Key, path.substr(i, end - i), 0});
         i = end;
     }
+    if (steps.size() > static_cast<std::size_t>(kMaxJsonDepth)) bad();
     return steps;
 }
 
@@ -339,8 +364,8 @@ Json elementOf(const Value& value, int type) {
         default: {  // JSONRaw: JSON when it reads as JSON, else the text as a string
             const std::string text = toUtf8(value.asText().units());
             try {
-                return Json::parse(text);
-            } catch (const nlohmann::json::parse_error&) {
+                return parseJson(text);
+            } catch (const JsonFailure&) {
                 return Json(text);
             }
         }

@@ -88,6 +88,8 @@ TEST(CalcFamilies, JsonFailuresAreQuestionMarkTexts) {
         {R"(JSONSetElement ( "{\"a\":1}" ; "a.b" ; 1 ; JSONNumber ))",
          "? Path error: \"a.b\" goes through a value that is neither an object nor an array"},
         {R"(JSONSetElement ( "{}" ; "a" ; "[1]" ; JSONObject ))", "? Value is not an object"},
+        {R"(JSONGetElement ( While ( [ i = 0 ; s = "" ] ; i < 1001 ; [ i = i + 1 ; s = s & "[" ] ; s ) ; "" ))",
+         "? Nesting deeper than 1000 levels"},
     });
 }
 
