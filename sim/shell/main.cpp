@@ -79,8 +79,7 @@ private:
     int fd_ = STDERR_FILENO;
 };
 
-// "? (error 1203: Unexpected end of calculation)", as a failed calculation prints.
-std::string errorShown(short code) { return fmsim::errorShown(code); }
+using fmsim::errorShown;
 
 // Prints results and script runs. A script started by a calculation runs before the
 // calculation's result comes back from the session, but it is printed after that result.
@@ -195,7 +194,7 @@ const char* const kCommands =
     ".files             the open files, the current one first\n"
     "A calculation goes on in the next line while a bracket, quotation or comment is open.\n";
 
-void listVariables(const char* prefix, const std::shared_ptr<sim::Variables>& variables) {
+void listVariables(const std::shared_ptr<sim::Variables>& variables) {
     if (!variables) return;
     for (const auto& [name, value] : variables->list()) {
         sim::Value shown = value;
@@ -203,8 +202,7 @@ void listVariables(const char* prefix, const std::shared_ptr<sim::Variables>& va
         for (char& c : text) {
             if (c == '\r') c = '\n';
         }
-        std::cout << (name.starts_with(u"$") ? "" : prefix) << sim::toUtf8(name) << " = " << text
-                  << '\n';
+        std::cout << sim::toUtf8(name) << " = " << text << '\n';
     }
 }
 
@@ -233,8 +231,8 @@ bool runCommand(sim::Session& session, const Messages& messages, const std::stri
             std::cout << sim::toUtf8(name) << '\n';
         }
     } else if (command == ".vars") {
-        listVariables("", host.fileGlobals(current));
-        listVariables("", host.fileLocals(current));
+        listVariables(host.fileGlobals(current));
+        listVariables(host.fileLocals(current));
     } else if (command == ".files") {
         for (const std::u16string& name : host.databaseNames()) {
             std::cout << sim::toUtf8(name) << (name == current ? " (current)" : "") << '\n';
