@@ -116,9 +116,13 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expres
         if (!db) return sim::kFileMissing;
         sim::clearRows(result);
         RowsInto sink(result);
-        const short error =
-            db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink);
-        if (error) sim::clearRows(result);
+        std::string message;
+        const short error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
+                                      sink, sim::Database::Access::Any, &message);
+        if (error) {
+            sim::clearRows(result);
+            if (env->notes) env->notes->sqlFailed(std::move(message));
+        }
         return error;
     });
 }
@@ -136,10 +140,14 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQLTextResult(const void* self, const fmx::Te
         const char16_t fieldSeparator = static_cast<char16_t>(colSep);
         const char16_t rowSeparator = static_cast<char16_t>(rowSep);
         std::u16string joined;
-        const short error =
-            db->queryText(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                          {&fieldSeparator, 1}, {&rowSeparator, 1}, joined);
-        if (error) return error;
+        std::string message;
+        const short error = db->queryText(
+            sim::textOf(expression).units(), sim::valuesOf(parameters), {&fieldSeparator, 1},
+            {&rowSeparator, 1}, joined, sim::Database::Access::Any, &message);
+        if (error) {
+            if (env->notes) env->notes->sqlFailed(std::move(message));
+            return error;
+        }
         sim::setValue(result, Value::text(std::move(joined)));
         return 0;
     });

@@ -23,6 +23,7 @@ enum class NodeKind : uint8_t {
     Let,       // `bindings`, then the body in children[0]
     List,      // "[ a ; b ]" as a function argument
     Get,       // Get ( selector )
+    While,     // `bindings` first, then while children[0] holds `steps`; children[1] is the result
 };
 
 enum class Op : uint8_t {
@@ -52,6 +53,14 @@ enum class GetSelector : uint8_t {
     CurrentDate,
     CurrentTime,
     CurrentTimestamp,
+    ApplicationVersion,
+    HostApplicationVersion,
+    SystemPlatform,
+    SystemLanguage,
+    CurrentTimeUtcMilliseconds,
+    LastError,
+    ScriptName,
+    FoundCount,
 };
 
 struct Node;
@@ -77,6 +86,7 @@ struct Node {
     std::vector<NodePtr> children;
     std::vector<Op> ops;
     std::vector<LetBinding> bindings;
+    std::vector<LetBinding> steps;  // While's logic, assigned on every iteration
 };
 
 }  // namespace sim::calc

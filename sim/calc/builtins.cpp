@@ -35,25 +35,43 @@ using Table = std::unordered_map<std::u16string_view, const Builtin*>;
 Table buildTable() {
     Table table;
     for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
-                        numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions()}) {
+                        numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
+                        jsonFunctions(), encodingFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;
 }
 
-// The calculation constants of the text style functions. HighlightYellow (4096) shares its
-// value with the Shadow face bit, so a highlighted character carries face bit 4096.
+// The calculation constants of the text style functions and of JSONSetElement. HighlightYellow
+// (4096) shares its value with the Shadow face bit, so a highlighted character carries face bit
+// 4096.
 const std::unordered_map<std::u16string_view, double>& constants() {
     static const std::unordered_map<std::u16string_view, double> table{
-        {u"plain", 0},          {u"strikethrough", 1},
-        {u"smallcaps", 2},      {u"superscript", 4},
-        {u"subscript", 8},      {u"uppercase", 16},
-        {u"lowercase", 32},     {u"titlecase", 48},
-        {u"wordunderline", 64}, {u"doubleunderline", 128},
-        {u"bold", 256},         {u"italic", 512},
-        {u"underline", 1024},   {u"highlightyellow", 4096},
-        {u"condense", 8192},    {u"extend", 16384},
+        {u"plain", 0},
+        {u"strikethrough", 1},
+        {u"smallcaps", 2},
+        {u"superscript", 4},
+        {u"subscript", 8},
+        {u"uppercase", 16},
+        {u"lowercase", 32},
+        {u"titlecase", 48},
+        {u"wordunderline", 64},
+        {u"doubleunderline", 128},
+        {u"bold", 256},
+        {u"italic", 512},
+        {u"underline", 1024},
+        {u"highlightyellow", 4096},
+        {u"condense", 8192},
+        {u"extend", 16384},
         {u"allstyles", 32767},
+        // JSONSetElement's types.
+        {u"jsonraw", 0},
+        {u"jsonstring", 1},
+        {u"jsonnumber", 2},
+        {u"jsonobject", 3},
+        {u"jsonarray", 4},
+        {u"jsonboolean", 5},
+        {u"jsonnull", 6},
     };
     return table;
 }

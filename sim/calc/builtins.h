@@ -64,6 +64,8 @@ std::span<const Builtin> numberFunctions();
 std::span<const Builtin> dateFunctions();
 std::span<const Builtin> styleFunctions();
 std::span<const Builtin> hostFunctions();
+std::span<const Builtin> jsonFunctions();
+std::span<const Builtin> encodingFunctions();
 
 // Shared by the families.
 Value textValue(Text t);

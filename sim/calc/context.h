@@ -34,6 +34,11 @@ public:
     // Script names of an open file (empty name: the calling file); nullopt when no such file.
     virtual std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) = 0;
     virtual DateTime now() = 0;  // local time
+    // Milliseconds since 1/1/0001 00:00 UTC.
+    virtual double utcMilliseconds();
+    virtual std::u16string applicationVersion() { return {}; }
+    // The running script's name; empty outside scripts.
+    virtual std::u16string scriptName() { return {}; }
     // Runs a query (SELECT only) on the calling file's database with `arguments` bound to its "?"
     // markers in order, joining the text forms of the result's fields with the separators; nullopt
     // when the query fails.
@@ -52,6 +57,10 @@ public:
 struct Result {
     Value value;
     short error = 0;
+    // A syntax error's UTF-16 offset into the calculation (-1 for other errors), and what the
+    // engine can tell beyond the code.
+    int offset = -1;
+    std::u16string hint{};
 };
 
 // Evaluates a calculation. Never throws for bad input: syntax and evaluation errors come back

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace sim::calc {
 
@@ -22,13 +24,25 @@ enum ErrorCode : short {
     kBadNumber = 1218,
 };
 
+// FileMaker's text for an error code the host answers with (calculation, file, script and SQL
+// errors), in English; empty for a code without one.
+std::string_view errorText(short code);
+
 // Thrown from anywhere inside the engine; evaluate() turns it into its Result, and the functions
 // that look at errors (IsEmpty, IsValid, EvaluationError) catch it.
 struct CalcError {
-    short code;
+    short code = 0;
+    // Where a syntax error was found: a UTF-16 offset into the calculation, from 0; -1 when the
+    // error is not a syntax error.
+    int offset = -1;
+    // What the host can add for the user beyond the code, such as the name it did not know.
+    std::u16string hint{};
 };
 
 [[noreturn]] inline void raise(short code) { throw CalcError{code}; }
+[[noreturn]] inline void raise(short code, std::u16string hint) {
+    throw CalcError{code, -1, std::move(hint)};
+}
 
 // Nesting limit for parsing and evaluating together (parentheses, calls, Evaluate inside
 // Evaluate): deeper calculations fail with kGenericError instead of exhausting the stack.

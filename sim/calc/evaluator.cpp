@@ -78,6 +78,8 @@ Value Evaluator::evalNode(const Node& node) {
             return evalLet(node);
         case NodeKind::Get:
             return evalGet(node);
+        case NodeKind::While:
+            return evalWhile(node);
         case NodeKind::List:
             break;  // only functions that take lists look into one
     }
@@ -144,6 +146,34 @@ Value Evaluator::evalLet(const Node& node) {
     return eval(*node.children[0]);
 }
 
+// A plain variable from `scopeStart` on is assigned again; a new one joins the scope.
+void Evaluator::assign(const LetBinding& b, size_t scopeStart) {
+    Value v = eval(*b.value);
+    if (b.plain) {
+        for (size_t i = scope_.size(); i-- > scopeStart;) {
+            if (scope_[i].name == b.name) {
+                scope_[i].value = std::move(v);
+                return;
+            }
+        }
+        scope_.push_back({b.name, std::move(v)});
+        return;
+    }
+    const int repetition = repetitionOf(b.repetition.get());
+    context_.setVariable(b.name, repetition, v.isEmpty() ? Value() : std::move(v));
+}
+
+Value Evaluator::evalWhile(const Node& node) {
+    ScopeMark mark(scope_);
+    const size_t start = scope_.size();
+    for (const LetBinding& b : node.bindings) assign(b, start);
+    for (int iterations = 0; isTrue(eval(*node.children[0])); ++iterations) {
+        if (iterations == kWhileLimit) return questionMark();
+        for (const LetBinding& b : node.steps) assign(b, start);
+    }
+    return eval(*node.children[1]);
+}
+
 Value Evaluator::evalLetName(const Node& node) const {
     for (auto it = scope_.rbegin(); it != scope_.rend(); ++it) {
         if (it->name == node.name) return it->value;
@@ -207,6 +237,22 @@ Value Evaluator::evalGet(const Node& node) {
             return timeValue(std::floor(context_.now().secondsOfDay()));
         case GetSelector::CurrentTimestamp:
             return timestampValue(std::floor(context_.now().seconds()));
+        case GetSelector::ApplicationVersion:
+        case GetSelector::HostApplicationVersion:
+            return Value::text(context_.applicationVersion());
+        // FileMaker Server on Linux, in English.
+        case GetSelector::SystemPlatform:
+            return Value::number(5.0);
+        case GetSelector::SystemLanguage:
+            return Value::text(std::u16string(u"English"));
+        case GetSelector::CurrentTimeUtcMilliseconds:
+            return Value::number(std::floor(context_.utcMilliseconds()));
+        // No script steps run here, so none has failed; there is no layout, so no found set.
+        case GetSelector::LastError:
+        case GetSelector::FoundCount:
+            return Value::number(0.0);
+        case GetSelector::ScriptName:
+            return Value::text(context_.scriptName());
     }
     raise(kInvalidGetParameter);
 }

@@ -29,6 +29,9 @@ namespace sim::calc {
 
 class Evaluator {
 public:
+    // While stops with "?" after this many iterations, as FileMaker's does.
+    static constexpr int kWhileLimit = 50000;
+
     explicit Evaluator(Context& context) : context_(context) {}
 
     // Throws CalcError.
@@ -43,6 +46,8 @@ private:
     Value evalChain(const Node& node);
     Value evalUnary(const Node& node);
     Value evalLet(const Node& node);
+    Value evalWhile(const Node& node);
+    void assign(const LetBinding& b, size_t scopeStart);
     Value evalLetName(const Node& node) const;
     Value evalVariable(const Node& node);
     Value evalBuiltin(const Node& node);

@@ -1,7 +1,13 @@
 // Value lists: texts whose values are separated by returns (CR, LF, U+2028 or U+2029). A return
 // at the very end does not start another value.
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <memory>
+#include <optional>
 #include <unordered_set>
 
 #include "sim/calc/builtins.h"
@@ -109,6 +115,184 @@ Value fnList(Args& a) {
     return Value::text(std::move(out));
 }
 
+// Sorting compares numbers as doubles; this is the one place that reads them.
+double doubleOf(const Number& n) { return n.value; }
+
+// How SortValues and UniqueValues compare: the data type the values are read as (1 text,
+// 2 number, 3 date, 4 time, 5 timestamp; negative sorts descending) and the locale's collation
+// for text.
+class ValueOrder {
+public:
+    // nullopt for a data type or locale the functions do not know.
+    static std::optional<ValueOrder> of(Args& a) {
+        ValueOrder order;
+        if (a.has(1) && !a.emptyNumber(1)) {
+            const double type = std::trunc(a.number(1));
+            if (type == 0 || std::fabs(type) > 5) return std::nullopt;
+            order.type_ = static_cast<int>(std::fabs(type));
+            order.descending_ = type < 0;
+        }
+        const std::u16string locale = a.has(2) ? toLower(a.units(2)) : std::u16string();
+        const char* icuName = localeName(locale);
+        if (icuName == nullptr) return std::nullopt;
+        UErrorCode status = U_ZERO_ERROR;
+        order.collator_.reset(icu::Collator::createInstance(icu::Locale(icuName), status));
+        if (U_FAILURE(status) || !order.collator_) return std::nullopt;
+        return order;
+    }
+
+    struct Key {
+        std::u16string text;
+        std::optional<double> number;  // for types 2 to 5, when the value reads as one
+    };
+
+    Key keyOf(std::u16string_view value) const {
+        Key k{std::u16string(value), std::nullopt};
+        if (type_ == 1) return k;
+        const Value v = Value::text(std::u16string(value));
+        std::optional<DateTime> dt;
+        if (type_ == 2) {
+            const Number n = v.asNumber();
+            if (!n.empty && std::isfinite(doubleOf(n))) k.number = doubleOf(n);
+        } else if (type_ == 3) {
+            dt = v.tryDate();
+        } else if (type_ == 4) {
+            dt = v.tryTime();
+        } else {
+            dt = v.tryTimestamp();
+        }
+        if (dt) k.number = dt->seconds();
+        return k;
+    }
+
+    // Values that read as the data type come first, in its order; the others follow as text.
+    int compare(const Key& a, const Key& b, icu::Collator::ECollationStrength strength) const {
+        if (a.number && b.number) return *a.number < *b.number ? -1 : *a.number > *b.number;
+        if (a.number || b.number) return a.number ? -1 : 1;
+        collator_->setStrength(strength);
+        UErrorCode status = U_ZERO_ERROR;
+        const UCollationResult r =
+            collator_->compare(a.text.data(), static_cast<int32_t>(a.text.size()), b.text.data(),
+                               static_cast<int32_t>(b.text.size()), status);
+        return r == UCOL_LESS ? -1 : r == UCOL_GREATER;
+    }
+
+    bool descending() const { return descending_; }
+
+    // Equal for values UniqueValues counts as one: the same number, or the same text but for
+    // case.
+    std::string identity(std::u16string_view value) const {
+        const Key k = keyOf(value);
+        if (k.number) {
+            const double d = *k.number + 0.0;  // one zero
+            std::string bits(sizeof d, '\0');
+            std::memcpy(bits.data(), &d, sizeof d);
+            return "n" + bits;
+        }
+        collator_->setStrength(icu::Collator::SECONDARY);
+        const int32_t length = static_cast<int32_t>(k.text.size());
+        std::string key(64, '\0');
+        for (;;) {
+            const int32_t needed =
+                collator_->getSortKey(k.text.data(), length, reinterpret_cast<uint8_t*>(key.data()),
+                                      static_cast<int32_t>(key.size()));
+            if (needed <= static_cast<int32_t>(key.size())) {
+                key.resize(static_cast<size_t>(std::max(needed, 0)));
+                return "t" + key;
+            }
+            key.resize(static_cast<size_t>(needed));
+        }
+    }
+
+private:
+    static const char* localeName(std::u16string_view lower) {
+        static constexpr std::pair<std::u16string_view, const char*> kLocales[] = {
+            {u"", "en"},
+            {u"english", "en"},
+            {u"german", "de"},
+            {u"french", "fr"},
+            {u"italian", "it"},
+            {u"spanish", "es"},
+            {u"dutch", "nl"},
+            {u"swedish", "sv"},
+            {u"danish", "da"},
+            {u"norwegian", "nb"},
+            {u"finnish", "fi"},
+            {u"portuguese", "pt"},
+            {u"japanese", "ja"},
+            {u"korean", "ko"},
+            {u"polish", "pl"},
+            {u"czech", "cs"},
+            {u"russian", "ru"},
+            {u"turkish", "tr"},
+            {u"unicode_standard", "root"},
+        };
+        for (const auto& [name, icu] : kLocales) {
+            if (name == lower) return icu;
+        }
+        return nullptr;
+    }
+
+    int type_ = 1;
+    bool descending_ = false;
+    std::unique_ptr<icu::Collator> collator_;
+};
+
+// The values of a list, each as its own text.
+std::vector<Text> valuesOf(const Text& t) {
+    std::vector<Text> values;
+    for (const ValueSpan& v : splitValues(t.units())) {
+        Text value;
+        value.setSlice(t, v.start, v.length);
+        values.push_back(std::move(value));
+    }
+    return values;
+}
+
+Value joinedWithReturns(const std::vector<Text>& values) {
+    Text out;
+    for (const Text& v : values) {
+        if (static_cast<uint64_t>(out.size()) + v.size() + 1 > kMaxTextUnits) raise(kGenericError);
+        out.append(v);
+        out.append(u"\r");
+    }
+    return Value::text(std::move(out));
+}
+
+// SortValues ( values { ; datatype ; locale } ): each value ends with a return; equal values
+// keep their order.
+Value fnSortValues(Args& a) {
+    std::optional<ValueOrder> order = ValueOrder::of(a);
+    if (!order) return questionMark();
+    std::vector<Text> values = valuesOf(a.text(0));
+    std::vector<std::pair<ValueOrder::Key, size_t>> keys;
+    keys.reserve(values.size());
+    for (size_t i = 0; i < values.size(); ++i)
+        keys.emplace_back(order->keyOf(values[i].units()), i);
+    std::stable_sort(keys.begin(), keys.end(), [&](const auto& x, const auto& y) {
+        const int c = order->compare(x.first, y.first, icu::Collator::TERTIARY);
+        return order->descending() ? c > 0 : c < 0;
+    });
+    std::vector<Text> sorted;
+    sorted.reserve(values.size());
+    for (const auto& key : keys) sorted.push_back(std::move(values[key.second]));
+    return joinedWithReturns(sorted);
+}
+
+// UniqueValues ( values { ; datatype ; locale } ): the first of each set of equal values (text
+// ignoring case), in their order, each ending with a return.
+Value fnUniqueValues(Args& a) {
+    std::optional<ValueOrder> order = ValueOrder::of(a);
+    if (!order) return questionMark();
+    std::vector<Text> unique;
+    std::unordered_set<std::string> seen;
+    for (Text& v : valuesOf(a.text(0))) {
+        if (!seen.insert(order->identity(v.units())).second) continue;
+        unique.push_back(std::move(v));
+    }
+    return joinedWithReturns(unique);
+}
+
 constexpr Builtin kFunctions[] = {
     {u"valuecount", 1, 1, fnValueCount},
     {u"getvalue", 2, 2, fnGetValue},
@@ -117,6 +301,8 @@ constexpr Builtin kFunctions[] = {
     {u"middlevalues", 3, 3, fnMiddleValues},
     {u"filtervalues", 2, 2, fnFilterValues},
     {u"list", 1, -1, fnList},
+    {u"sortvalues", 1, 3, fnSortValues},
+    {u"uniquevalues", 1, 3, fnUniqueValues},
 };
 
 }  // namespace

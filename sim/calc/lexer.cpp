@@ -51,6 +51,7 @@ public:
         std::vector<Token> tokens;
         for (;;) {
             Token t = next();
+            t.offset = static_cast<uint32_t>(start_);
             const Tok kind = t.kind;
             tokens.push_back(std::move(t));
             if (kind == Tok::End || kind == Tok::Error) return tokens;
@@ -94,7 +95,9 @@ private:
     }
 
     Token next() {
+        start_ = i_;
         if (!skipBlanks()) return error(kUnterminatedComment);
+        start_ = i_;
         if (i_ >= s_.size()) return simple(Tok::End);
         const char16_t c = s_[i_];
         if (c == u'"') return text();
@@ -253,6 +256,7 @@ private:
 
     std::u16string_view s_;
     size_t i_ = 0;
+    size_t start_ = 0;  // where the token being read starts
 };
 
 }  // namespace

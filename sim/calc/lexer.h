@@ -39,6 +39,7 @@ struct Token {
     std::u16string text;  // names and text constants (escapes resolved)
     double number = 0;
     short error = 0;
+    uint32_t offset = 0;  // where the token starts, in UTF-16 units
 };
 
 // The tokens of `source`, ending with one End token, or with an Error token at the first lexical

@@ -51,6 +51,14 @@ std::optional<GetSelector> selectorOf(std::u16string_view lower) {
     if (lower == u"currenttimestamp" || lower == u"currenthosttimestamp") {
         return GetSelector::CurrentTimestamp;
     }
+    if (lower == u"applicationversion") return GetSelector::ApplicationVersion;
+    if (lower == u"hostapplicationversion") return GetSelector::HostApplicationVersion;
+    if (lower == u"systemplatform") return GetSelector::SystemPlatform;
+    if (lower == u"systemlanguage") return GetSelector::SystemLanguage;
+    if (lower == u"currenttimeutcmilliseconds") return GetSelector::CurrentTimeUtcMilliseconds;
+    if (lower == u"lasterror") return GetSelector::LastError;
+    if (lower == u"scriptname") return GetSelector::ScriptName;
+    if (lower == u"foundcount") return GetSelector::FoundCount;
     return std::nullopt;
 }
 
@@ -84,12 +92,19 @@ public:
           scope_(std::move(letNames)),
           depth_(depth) {}
 
+    // A syntax error carries where it was found: at the token being looked at, unless the
+    // error names an earlier one.
     NodePtr parseAll() {
-        if (peek().kind == Tok::End) return literal(Value::text(std::u16string()));
-        NodePtr root = parseExpression(kOrLevel);
-        if (peek().kind == Tok::RParen) fail(kUnbalancedParenthesis);
-        if (peek().kind != Tok::End) fail(kOperatorMissing);
-        return root;
+        try {
+            if (peek().kind == Tok::End) return literal(Value::text(std::u16string()));
+            NodePtr root = parseExpression(kOrLevel);
+            if (peek().kind == Tok::RParen) fail(kUnbalancedParenthesis);
+            if (peek().kind != Tok::End) fail(kOperatorMissing);
+            return root;
+        } catch (CalcError& e) {
+            if (e.offset < 0) e.offset = static_cast<int>(peek().offset);
+            throw;
+        }
     }
 
 private:
@@ -99,6 +114,11 @@ private:
         Token t = tokens_[pos_];
         if (t.kind != Tok::End && t.kind != Tok::Error) ++pos_;
         return t;
+    }
+
+    // An error about token `t`, already taken.
+    [[noreturn]] static void failAt(const Token& t, short code, std::u16string hint = {}) {
+        throw CalcError{code, static_cast<int>(t.offset), std::move(hint)};
     }
 
     bool atKeyword(std::u16string_view keyword) const {
@@ -221,7 +241,7 @@ private:
         const Token t = take();
         const std::u16string lower = lowerName(t.text);
         if (t.text.front() == u'$') return parseVariable(t.text);
-        if (peek().kind == Tok::LParen) return parseCall(t.text, lower);
+        if (peek().kind == Tok::LParen) return parseCall(t, lower);
         if (inScope(lower)) {
             NodePtr n = makeNode(NodeKind::LetName);
             n->name = lower;
@@ -240,7 +260,7 @@ private:
             n->name = t.text;
             return n;
         }
-        raise(kOperatorMissing);
+        failAt(t, kOperatorMissing, u"no variable, constant or function named " + t.text);
     }
 
     NodePtr parseVariable(const std::u16string& name) {
@@ -260,8 +280,10 @@ private:
         return rep;
     }
 
-    NodePtr parseCall(const std::u16string& name, const std::u16string& lower) {
+    NodePtr parseCall(const Token& t, const std::u16string& lower) {
+        const std::u16string& name = t.text;
         if (lower == u"let") return parseLet();
+        if (lower == u"while") return parseWhile();
         if (lower == u"get") return parseGet();
         if (const Builtin* b = findBuiltin(lower)) {
             NodePtr n = makeNode(NodeKind::Builtin);
@@ -271,7 +293,7 @@ private:
             return n;
         }
         const ExternalFunction* f = context_.findFunction(name);
-        if (f == nullptr) raise(kOperatorMissing);
+        if (f == nullptr) failAt(t, kOperatorMissing, u"no function named " + name);
         const short minArgs = f->minArgs;
         const short maxArgs = f->maxArgs;
         NodePtr n = makeNode(NodeKind::External);
@@ -371,6 +393,57 @@ private:
         return let;
     }
 
+    // While ( [ initialVariables ] ; condition ; [ logic ] ; result ): the variables of both
+    // lists are visible in the condition, the logic and the result; the logic assigns them again.
+    NodePtr parseWhile() {
+        take();
+        NodePtr loop = makeNode(NodeKind::While);
+        const size_t outer = scope_.size();
+        loop->bindings = parseBindingList(outer);
+        expectSemicolon();
+        loop->children.push_back(parseExpression(kOrLevel));
+        expectSemicolon();
+        loop->steps = parseBindingList(scope_.size());
+        expectSemicolon();
+        loop->children.push_back(parseExpression(kOrLevel));
+        if (peek().kind == Tok::Semicolon) raise(kTooManyParameters);
+        expectClose(Tok::RParen);
+        scope_.resize(outer);
+        return loop;
+    }
+
+    // "name = value" or "[ name = value ; ... ]"; "[ ]" is an empty list.
+    std::vector<LetBinding> parseBindingList(size_t outer) {
+        std::vector<LetBinding> list;
+        const bool bracketed = peek().kind == Tok::LBracket;
+        if (bracketed) {
+            take();
+            if (peek().kind == Tok::RBracket) {
+                take();
+                return list;
+            }
+        }
+        for (;;) {
+            list.push_back(parseBinding(outer));
+            if (!bracketed) return list;
+            if (peek().kind == Tok::Semicolon) {
+                take();
+                continue;
+            }
+            expectClose(Tok::RBracket);
+            return list;
+        }
+    }
+
+    void expectSemicolon() {
+        if (peek().kind == Tok::Semicolon) {
+            take();
+            return;
+        }
+        if (peek().kind == Tok::RParen) raise(kTooFewParameters);
+        fail(peek().kind == Tok::End ? kUnbalancedParenthesis : kOperatorMissing);
+    }
+
     LetBinding parseBinding(size_t outer) {
         if (peek().kind != Tok::Name || atKeyword(u"and") || atKeyword(u"or") ||
             atKeyword(u"xor") || atKeyword(u"not")) {
@@ -383,7 +456,7 @@ private:
             b.name = lowerName(t.text);
             const auto mine = scope_.begin() + static_cast<std::ptrdiff_t>(outer);
             if (std::find(mine, scope_.end(), b.name) != scope_.end()) {
-                raise(kDuplicateLetVariable);
+                failAt(t, kDuplicateLetVariable);
             }
         } else {
             if (t.text.find_first_not_of(u'$') == std::u16string::npos) raise(kNameMissing);

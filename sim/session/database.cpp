@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -51,19 +53,61 @@ Database::Database(const std::string& path, bool create) {
 
 Database::~Database() = default;
 
+namespace {
+
+// "line N" of a place in a script, counting line feeds before it.
+std::string lineOf(const std::string& sql, const char* at) {
+    const auto before = static_cast<std::size_t>(at - sql.data());
+    const auto feeds =
+        std::count(sql.begin(), sql.begin() + static_cast<std::ptrdiff_t>(before), '\n');
+    return "line " + std::to_string(feeds + 1);
+}
+
+const char* skipSpace(const char* at, const char* end) {
+    while (at < end && std::isspace(static_cast<unsigned char>(*at))) ++at;
+    return at;
+}
+
+}  // namespace
+
+// Statement by statement, so that a failure can name the line it is on: where SQLite found the
+// error, or where the failing statement starts.
 void Database::runScript(const std::string& sql) {
     std::lock_guard lock(mutex_);
-    char* message = nullptr;
-    if (sqlite3_exec(db_.get(), sql.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
-        std::string why = message ? message : sqlite3_errmsg(db_.get());
-        sqlite3_free(message);
-        throw DatabaseError(why);
+    const char* at = sql.data();
+    const char* const end = sql.data() + sql.size();
+    for (;;) {
+        at = skipSpace(at, end);
+        if (at >= end) return;
+        sqlite3_stmt* raw = nullptr;
+        const char* tail = nullptr;
+        const int rc = sqlite3_prepare_v2(db_.get(), at, static_cast<int>(end - at), &raw, &tail);
+        Statement st(raw);
+        if (rc != SQLITE_OK) {
+            const int offset = sqlite3_error_offset(db_.get());
+            const char* where = offset >= 0 && offset < end - at ? at + offset : at;
+            throw DatabaseError(lineOf(sql, where) + ": " + sqlite3_errmsg(db_.get()));
+        }
+        if (!st) return;  // only comments were left
+        int step = SQLITE_ROW;
+        while (step == SQLITE_ROW) step = sqlite3_step(st.get());
+        if (step != SQLITE_DONE) {
+            throw DatabaseError(lineOf(sql, at) + ": " + sqlite3_errmsg(db_.get()));
+        }
+        at = tail;
     }
 }
 
 short Database::query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
-                      Access access) {
+                      Access access, std::string* message) {
     std::lock_guard lock(mutex_);
+    const short error = queryLocked(sql, params, sink, access);
+    if (error != 0 && message != nullptr) *message = lastMessage_;
+    return error;
+}
+
+short Database::queryLocked(std::u16string_view sql, const std::vector<Value>& params,
+                            RowSink& sink, Access access) {
     lastMessage_.clear();
     auto fail = [&] {
         lastMessage_ = sqlite3_errmsg(db_.get());
@@ -140,10 +184,10 @@ private:
 
 short Database::queryText(std::u16string_view sql, const std::vector<Value>& params,
                           std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
-                          std::u16string& joined, Access access) {
+                          std::u16string& joined, Access access, std::string* message) {
     joined.clear();
     JoinedText sink(fieldSeparator, rowSeparator, joined);
-    const short error = query(sql, params, sink, access);
+    const short error = query(sql, params, sink, access, message);
     if (error) joined.clear();
     return error;
 }

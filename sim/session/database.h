@@ -51,17 +51,23 @@ public:
     // function, which FileMaker limits to SELECT).
     enum class Access { Any, ReadOnly };
     // Runs one statement with `params` bound to its markers in order; every result row goes to
-    // `sink` as it is read. Returns 0, or kSqlErrorCode (the message is kept in lastMessage).
+    // `sink` as it is read. Returns 0, or kSqlErrorCode: SQLite's message is then kept in
+    // lastMessage and, when `message` is given, stored there as well (lastMessage may already
+    // be another thread's by the time the caller reads it).
     short query(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
-                Access access = Access::Any);
+                Access access = Access::Any, std::string* message = nullptr);
     // Runs one statement as query() does, joining the text forms of its fields into `joined`:
     // fields by `fieldSeparator`, rows by `rowSeparator`, nothing after the last of either.
     short queryText(std::u16string_view sql, const std::vector<Value>& params,
                     std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
-                    std::u16string& joined, Access access = Access::Any);
+                    std::u16string& joined, Access access = Access::Any,
+                    std::string* message = nullptr);
     std::string lastMessage() const;
 
 private:
+    short queryLocked(std::u16string_view sql, const std::vector<Value>& params, RowSink& sink,
+                      Access access);
+
     struct Closer {
         void operator()(sqlite3* db) const noexcept;
     };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "host/fmx_types.h"
@@ -11,6 +12,25 @@
 
 namespace sim {
 
+// What the host noticed during one top-level calculation for the user, beyond the error code the
+// plug-in gets: SQLite's message for the last query that failed. Shared by every environment
+// copied from the calculation's own (a plug-in's nested calls included), on any thread.
+class EvalNotes {
+public:
+    void sqlFailed(std::string message) {
+        std::lock_guard lock(mutex_);
+        sql_ = std::move(message);
+    }
+    std::string sql() const {
+        std::lock_guard lock(mutex_);
+        return sql_;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::string sql_;
+};
+
 struct EnvState {
     std::u16string file;  // empty: the current file at the time of use
     std::u16string scriptName;
@@ -18,6 +38,8 @@ struct EnvState {
     // "$" variables: a script run's own set, or the file's set for calculations outside scripts
     // (null: use the file's set).
     std::shared_ptr<Variables> locals;
+    // Null when nobody listens.
+    std::shared_ptr<EvalNotes> notes;
 };
 
 // Every Env is live from its construction to its destruction, and the host keeps the set of live

@@ -123,7 +123,9 @@ public:
     calc::Result evaluate(std::u16string_view expression, const Env& env);
     // A calculation of its own, outside any script, in `file` (empty: the current file); the
     // scripts it started run once it has finished. An unknown file gives kFileMissing.
-    calc::Result evaluateTopLevel(std::u16string_view expression, std::u16string_view file = {});
+    // `notes`, when given, collects what the host noticed for the user (SQLite's messages).
+    calc::Result evaluateTopLevel(std::u16string_view expression, std::u16string_view file = {},
+                                  std::shared_ptr<EvalNotes> notes = nullptr);
 
     // --- Clock and identity --------------------------------------------------------------
     DateTime now() const;                            // local time, whole seconds

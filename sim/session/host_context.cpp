@@ -37,6 +37,10 @@ std::optional<std::vector<std::u16string>> HostContext::scriptNames(std::u16stri
 
 DateTime HostContext::now() { return host_.now(); }
 
+std::u16string HostContext::applicationVersion() { return host_.applicationVersion(); }
+
+std::u16string HostContext::scriptName() { return env_.scriptName; }
+
 std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
                                                       const std::vector<Value>& arguments,
                                                       std::u16string_view fieldSeparator,
@@ -44,8 +48,10 @@ std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
     const std::shared_ptr<Database> db = host_.database(file_);
     if (!db) return std::nullopt;
     std::u16string joined;
+    std::string message;
     if (db->queryText(query, arguments, fieldSeparator, rowSeparator, joined,
-                      Database::Access::ReadOnly) != 0) {
+                      Database::Access::ReadOnly, &message) != 0) {
+        if (env_.notes) env_.notes->sqlFailed(std::move(message));
         return std::nullopt;
     }
     return joined;

@@ -23,6 +23,8 @@ public:
     std::vector<std::u16string> databaseNames() override;
     std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) override;
     DateTime now() override;
+    std::u16string applicationVersion() override;
+    std::u16string scriptName() override;
     std::optional<std::u16string> executeSql(std::u16string_view query,
                                              const std::vector<Value>& arguments,
                                              std::u16string_view fieldSeparator,

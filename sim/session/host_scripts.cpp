@@ -101,8 +101,10 @@ calc::Result Host::evaluate(std::u16string_view expression, const Env& env) {
     return calc::evaluate(expression, context);
 }
 
-calc::Result Host::evaluateTopLevel(std::u16string_view expression, std::u16string_view file) {
+calc::Result Host::evaluateTopLevel(std::u16string_view expression, std::u16string_view file,
+                                    std::shared_ptr<EvalNotes> notes) {
     Env env;
+    env.notes = std::move(notes);
     env.file = canonicalFileName(file.empty() ? currentFile() : std::u16string(file));
     if (env.file.empty()) return {Value{}, kFileMissing};
     calc::Result result = evaluate(expression, env);

@@ -45,14 +45,23 @@ std::string quote(std::string_view utf8) {
     return out;
 }
 
-std::string resultLine(std::string_view type, std::string_view text, int error) {
-    return "{\"type\": " + quote(type) + ", \"text\": " + quote(text) +
-           ", \"error\": " + std::to_string(error) + "}";
+std::string resultLine(std::string_view type, std::string_view text, int error,
+                       std::string_view message, std::string_view detail, int position) {
+    std::string line = "{\"type\": " + quote(type) + ", \"text\": " + quote(text) +
+                       ", \"error\": " + std::to_string(error);
+    if (!message.empty()) line += ", \"message\": " + quote(message);
+    if (position > 0) line += ", \"position\": " + std::to_string(position);
+    if (!detail.empty()) line += ", \"detail\": " + quote(detail);
+    return line + "}";
 }
 
-std::string scriptLine(std::string_view script, std::string_view file, std::string_view parameter) {
-    return "{\"script\": " + quote(script) + ", \"file\": " + quote(file) +
-           ", \"parameter\": " + quote(parameter) + "}";
+std::string scriptLine(std::string_view script, std::string_view file, std::string_view parameter,
+                       int error, std::string_view message) {
+    std::string line = "{\"script\": " + quote(script) + ", \"file\": " + quote(file) +
+                       ", \"parameter\": " + quote(parameter);
+    if (error != 0) line += ", \"error\": " + std::to_string(error);
+    if (!message.empty()) line += ", \"message\": " + quote(message);
+    return line + "}";
 }
 
 std::string initLine(int result) { return "{\"init\": " + std::to_string(result) + "}"; }

@@ -1,9 +1,11 @@
 #include "sim/session/session.h"
 
+#include <algorithm>
 #include <atomic>
 #include <new>
 #include <thread>
 
+#include "sim/calc/errors.h"
 #include "sim/core/encoding.h"
 
 namespace sim {
@@ -13,28 +15,62 @@ namespace {
 std::atomic<bool> gSessionRunning{false};
 
 ScriptRunRecord recordOf(const ScriptRun& run) {
-    return {toUtf8(run.request.script), toUtf8(run.request.file), toUtf8(run.request.parameter)};
+    return {toUtf8(run.request.script), toUtf8(run.request.file), toUtf8(run.request.parameter),
+            run.error, errorMessage(run.error)};
+}
+
+bool isReturn(char16_t c) { return c == u'\r' || c == u'\n' || c == u'\u2028' || c == u'\u2029'; }
+
+// The character (counting a pair of surrogates once), line and column of a UTF-16 offset.
+void placeOffset(std::u16string_view calc, int offset, EvalResult& out) {
+    const auto end = std::min<std::size_t>(static_cast<std::size_t>(offset), calc.size());
+    int position = 1, line = 1, column = 1;
+    for (std::size_t i = 0; i < end; ++i) {
+        if (calc[i] >= 0xDC00 && calc[i] <= 0xDFFF && i > 0 && calc[i - 1] >= 0xD800 &&
+            calc[i - 1] <= 0xDBFF) {
+            continue;
+        }
+        ++position;
+        ++column;
+        if (isReturn(calc[i]) &&
+            !(calc[i] == u'\r' && i + 1 < calc.size() && calc[i + 1] == u'\n')) {
+            ++line;
+            column = 1;
+        }
+    }
+    out.position = position;
+    out.line = line;
+    out.column = column;
 }
 
 // The shell's form of a result. Only the host's own failures (memory) throw: plug-in exceptions
 // are caught at the call.
 template <typename Evaluate>
-EvalResult resultOf(Evaluate&& evaluate) {
+EvalResult resultOf(std::u16string_view calc, Evaluate&& evaluate) {
     EvalResult out;
+    auto notes = std::make_shared<EvalNotes>();
     try {
-        calc::Result r = evaluate();
+        calc::Result r = evaluate(notes);
         out.value = std::move(r.value);
         out.error = r.error;
+        if (r.offset >= 0) placeOffset(calc, r.offset, out);
+        out.detail = toUtf8(r.hint);
     } catch (...) {
         out.value = Value{};
         out.error = kGenericCalcError;
     }
+    if (std::string sql = notes->sql(); !sql.empty()) {
+        out.detail = out.detail.empty() ? std::move(sql) : out.detail + "; " + sql;
+    }
+    out.message = errorMessage(out.error);
     out.type = typeName(out.value.type());
     out.text = toUtf8(out.value.textForm().units());
     return out;
 }
 
 }  // namespace
+
+std::string errorMessage(short code) { return std::string(calc::errorText(code)); }
 
 std::string typeName(Type t) {
     switch (t) {
@@ -64,12 +100,22 @@ Session::Session(SessionOptions options) : host_(Host::instance()), options_(std
         const std::u16string file = fromUtf8(options_.fileName);
         try {
             host_.openFile(file, options_.dbPath, options_.createDb);
-            if (!options_.seedSql.empty()) host_.database(file)->runScript(options_.seedSql);
-            for (const std::string& other : options_.otherFiles) host_.openFile(fromUtf8(other));
         } catch (const DatabaseError& e) {
             throw SessionError(e.what());
         } catch (const std::invalid_argument& e) {
-            throw SessionError(std::string("cannot open file: ") + e.what());
+            throw SessionError("cannot open file " + options_.fileName + ": " + e.what());
+        }
+        try {
+            if (!options_.seedSql.empty()) host_.database(file)->runScript(options_.seedSql);
+        } catch (const DatabaseError& e) {
+            throw SessionError(options_.seedName + ", " + e.what());
+        }
+        for (const std::string& other : options_.otherFiles) {
+            try {
+                host_.openFile(fromUtf8(other));
+            } catch (const std::invalid_argument& e) {
+                throw SessionError("cannot open file " + other + ": " + e.what());
+            }
         }
         for (const auto& [name, calc] : options_.scripts) {
             host_.addScript(file, fromUtf8(name), fromUtf8(calc));
@@ -114,12 +160,18 @@ void Session::recordRun(const ScriptRun& run) {
 EvalResult Session::eval(std::string_view calcUtf8) { return eval(calcUtf8, std::string_view()); }
 
 EvalResult Session::eval(std::string_view calcUtf8, std::string_view file) {
-    return resultOf([&] { return host_.evaluateTopLevel(fromUtf8(calcUtf8), fromUtf8(file)); });
+    const std::u16string calc = fromUtf8(calcUtf8);
+    return resultOf(calc, [&](std::shared_ptr<EvalNotes> notes) {
+        return host_.evaluateTopLevel(calc, fromUtf8(file), std::move(notes));
+    });
 }
 
 EvalResult Session::eval(std::string_view calcUtf8, const Env& env) {
-    return resultOf([&] {
-        calc::Result r = host_.evaluate(fromUtf8(calcUtf8), env);
+    const std::u16string calc = fromUtf8(calcUtf8);
+    return resultOf(calc, [&](std::shared_ptr<EvalNotes> notes) {
+        Env listened(env);
+        listened.notes = std::move(notes);
+        calc::Result r = host_.evaluate(calc, listened);
         host_.runQueuedScripts();
         return r;
     });

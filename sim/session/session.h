@@ -31,7 +31,12 @@ struct ScriptRunRecord {
     std::string script;
     std::string file;
     std::string parameter;
-    friend bool operator==(const ScriptRunRecord&, const ScriptRunRecord&) = default;
+    short error = 0;        // the error of the script's calculation
+    std::string message{};  // its text (errorMessage), empty without error
+    // Runs are the same run when they name the same script, file and parameter.
+    friend bool operator==(const ScriptRunRecord& a, const ScriptRunRecord& b) {
+        return a.script == b.script && a.file == b.file && a.parameter == b.parameter;
+    }
 };
 
 struct SessionOptions {
@@ -40,6 +45,7 @@ struct SessionOptions {
     std::string dbPath;                   // its database; empty: in memory
     bool createDb = false;                // create dbPath when it does not exist
     std::string seedSql;                  // SQL run on the current file's database after opening
+    std::string seedName = "seed";        // what a failure of the seed calls it (its file)
     std::vector<std::string> otherFiles;  // opened after it, in memory
     std::vector<std::pair<std::string, std::string>> scripts;  // of the current file: name, calc
     short hostVersion = Plugin::kDefaultHostVersion;
@@ -53,7 +59,20 @@ struct EvalResult {
     std::string text;  // UTF-8
     short error = 0;
     Value value;
+    std::string message;  // FileMaker's text for the error (empty without error or text)
+    // What the host can tell beyond the code: SQLite's message for a query that failed, the
+    // name the calculation used that the host does not know. May be set without an error (a
+    // failed ExecuteSQL gives "?").
+    std::string detail;
+    // Where a syntax error was found: the character (from 1) in the calculation, and its line
+    // and character within the line; 0 when the error is not a syntax error.
+    int position = 0;
+    int line = 0;
+    int column = 0;
 };
+
+// "Unexpected end of calculation" for 1203; empty for a code without a text.
+std::string errorMessage(short code);
 
 // The name the shell prints for a value's type ("" for an invalid value).
 std::string typeName(Type t);

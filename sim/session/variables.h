@@ -6,6 +6,8 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "sim/core/value.h"
 
@@ -19,10 +21,17 @@ public:
     void set(std::u16string_view name, int repetition, Value v);
     void clear();
     bool empty() const;
+    // Every set repetition as "name" (repetition 1) or "name[n]", in the spelling last used to
+    // set it, ordered by name ignoring case.
+    std::vector<std::pair<std::u16string, Value>> list() const;
 
 private:
+    struct Entry {
+        std::u16string spelling;
+        std::map<int, Value> repetitions;
+    };
     mutable std::mutex mutex_;
-    std::map<std::u16string, std::map<int, Value>, std::less<>> values_;  // by lower-cased name
+    std::map<std::u16string, Entry, std::less<>> values_;  // by lower-cased name
 };
 
 }  // namespace sim

@@ -77,10 +77,15 @@ std::vector<Tally> runConcurrently(sim::Session& session, const std::vector<std:
     return tallies;
 }
 
+std::string errorShown(short code) {
+    const std::string text = sim::errorMessage(code);
+    return "? (error " + std::to_string(code) + (text.empty() ? "" : ": " + text) + ")";
+}
+
 std::string plainLine(const Tally& tally, bool terminal) {
     std::string line = tally.calc;
     for (const Outcome& o : tally.outcomes) {
-        std::string shown = o.error != 0 ? "? (error " + std::to_string(o.error) + ")" : o.text;
+        std::string shown = o.error != 0 ? errorShown(o.error) : o.text;
         if (terminal) std::replace(shown.begin(), shown.end(), '\r', '\n');
         line += '\t' + shown + " x" + std::to_string(o.count);
     }
@@ -95,6 +100,9 @@ std::string jsonLine(const Tally& tally) {
         line += "{\"type\": " + sim::json::quote(o.type) +
                 ", \"text\": " + sim::json::quote(o.text) +
                 ", \"error\": " + std::to_string(o.error) +
+                (o.error != 0 && !sim::errorMessage(o.error).empty()
+                     ? ", \"message\": " + sim::json::quote(sim::errorMessage(o.error))
+                     : std::string()) +
                 ", \"count\": " + std::to_string(o.count) + "}";
     }
     return line + "]}";

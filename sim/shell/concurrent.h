@@ -27,6 +27,10 @@ struct Tally {
 std::vector<Tally> runConcurrently(sim::Session& session, const std::vector<std::string>& calcs,
                                    int threads, int repeat);
 
+// "? (error 1203: Unexpected end of calculation)": a failed calculation as fmsim prints it
+// ("? (error N)" for a code without a text).
+std::string errorShown(short code);
+
 // The calculation, then a tab before each outcome: its text (or "? (error N)") and " xCOUNT".
 // On a terminal returns inside a text are shown as line breaks.
 std::string plainLine(const Tally& tally, bool terminal);

@@ -1,9 +1,13 @@
 #include "sim/shell/options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
+
+#include "sim/core/encoding.h"
+#include "sim/core/text.h"
 
 namespace fmsim {
 
@@ -23,13 +27,17 @@ const char* const kUsage =
     "  --idle SECONDS       after the calculations, send safe idle calls for SECONDS and run "
     "started scripts\n"
     "  --json               JSON lines output\n"
+    "  --log FILE           append the plug-in's platform log to FILE (default: standard error)\n"
+    "  --quiet              drop the plug-in's platform log\n"
+    "  --version            print fmsim's version\n"
     "  -e CALC              evaluate CALC; several are evaluated in order in one session\n"
     "  -t CALC              evaluate CALC on every thread at once, before the -e calculations; "
     "several are evaluated in order (repeatable)\n"
     "  --threads N          threads evaluating the -t calculations, each with its own \"$\" "
     "variables (default 1)\n"
     "  --repeat K           times each thread evaluates the -t calculations (default 1)\n"
-    "  (no -e, no -t)       read calculations from standard input, one per line\n"
+    "  (no -e, no -t)       read calculations from standard input, one per line; on a terminal\n"
+    "                       an interactive shell (.help lists its commands)\n"
     "Each -t calculation prints one line once every thread has finished: the calculation, then "
     "for each\n"
     "distinct result a tab, the result as -e prints it, and \" xCOUNT\"; most frequent first. "
@@ -75,7 +83,44 @@ double parseSeconds(const std::string& option, const std::string& text) {
     return value;
 }
 
+constexpr const char* kOptionNames[] = {
+    "--plugin",       "--file",    "--db",     "--seed", "--open", "--script",
+    "--host-version", "--refuse",  "--idle",   "--json", "--log",  "--quiet",
+    "--version",      "--threads", "--repeat", "--help", "-e",     "-t",
+};
+
+std::size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// File and script names match ignoring case, as the host compares them.
+std::u16string folded(const std::string& name) { return sim::toLower(sim::fromUtf8(name)); }
+
 }  // namespace
+
+std::string closestOption(const std::string& typed) {
+    std::string best;
+    std::size_t bestDistance = 3;  // further than two edits is another word
+    for (const char* name : kOptionNames) {
+        const std::size_t d = editDistance(typed, name);
+        if (d < bestDistance) {
+            bestDistance = d;
+            best = name;
+        }
+    }
+    return best;
+}
 
 Options parseArguments(const std::vector<std::string>& args) {
     Options o;
@@ -120,6 +165,7 @@ Options parseArguments(const std::vector<std::string>& args) {
             if (o.session.dbPath.empty()) throw UsageError("--db needs a path");
         } else if (option == "--seed") {
             o.seedPath = value();
+            if (o.seedPath.empty()) throw UsageError("--seed needs a file");
         } else if (option == "--open") {
             std::string name = value();
             if (name.empty()) throw UsageError("--open needs a file name");
@@ -130,7 +176,14 @@ Options parseArguments(const std::vector<std::string>& args) {
             if (eq == std::string::npos || eq == 0) {
                 throw UsageError("--script needs NAME=CALC, not \"" + spec + "\"");
             }
-            o.session.scripts.emplace_back(spec.substr(0, eq), spec.substr(eq + 1));
+            const std::string name = spec.substr(0, eq);
+            for (const auto& [given, calc] : o.session.scripts) {
+                if (folded(given) == folded(name)) {
+                    throw UsageError("--script " + name + ": a script named " + given +
+                                     " is already given (names ignore case)");
+                }
+            }
+            o.session.scripts.emplace_back(name, spec.substr(eq + 1));
         } else if (option == "--host-version") {
             o.session.hostVersion = parseShort(option, value());
         } else if (option == "--refuse") {
@@ -140,12 +193,38 @@ Options parseArguments(const std::vector<std::string>& args) {
         } else if (option == "--json") {
             noValue();
             o.json = true;
+        } else if (option == "--log") {
+            o.logPath = value();
+            if (o.logPath.empty()) throw UsageError("--log needs a file");
+        } else if (option == "--quiet") {
+            noValue();
+            o.quiet = true;
+        } else if (option == "--version") {
+            noValue();
+            o.version = true;
         } else if (option == "--help" || option == "-h") {
             noValue();
             o.help = true;
+        } else if (!option.starts_with("-") || option == "-") {
+            throw UsageError("\"" + args[i] + "\" is not an option; to evaluate it, write -e '" +
+                             args[i] + "'");
         } else {
-            throw UsageError("unknown option " + option);
+            const std::string near = closestOption(option);
+            throw UsageError("unknown option " + option +
+                             (near.empty() ? std::string() : " (did you mean " + near + "?)"));
         }
+    }
+    if (!o.logPath.empty() && o.quiet) throw UsageError("--log and --quiet exclude each other");
+    // Every open file needs a name of its own.
+    std::vector<std::string> files{o.session.fileName};
+    for (const std::string& name : o.session.otherFiles) {
+        for (const std::string& open : files) {
+            if (folded(open) == folded(name)) {
+                throw UsageError("--open " + name + ": a file named " + open +
+                                 " is already open (names ignore case)");
+            }
+        }
+        files.push_back(name);
     }
     if (o.concurrent.empty() && (threadsGiven || repeatGiven)) {
         throw UsageError(std::string(threadsGiven ? "--threads" : "--repeat") +

@@ -27,11 +27,17 @@ struct Options {
     double idleSeconds = 0;
     bool json = false;
     bool help = false;
+    bool version = false;
+    std::string logPath;  // --log: where the plug-in's platform log goes (default: standard error)
+    bool quiet = false;   // --quiet: the platform log is dropped
 };
 
 // Throws UsageError with a one-line message.
 Options parseArguments(const std::vector<std::string>& args);
 
 extern const char* const kUsage;
+
+// The option of kUsage closest to a mistyped one, or empty when none is close.
+std::string closestOption(const std::string& typed);
 
 }  // namespace fmsim

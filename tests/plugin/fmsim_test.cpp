@@ -54,7 +54,8 @@ TEST(Fmsim, JsonLinesForEachCalculation) {
     EXPECT_EQ(run.output,
               "{\"type\": \"Text\", \"text\": \"3.0.3\", \"error\": 0}\n"
               "{\"type\": \"Text\", \"text\": \"a\\rb \\\"q\\\" é\", \"error\": 0}\n"
-              "{\"type\": \"\", \"text\": \"\", \"error\": 1203}\n"
+              "{\"type\": \"\", \"text\": \"\", \"error\": 1203, \"message\": \"Unexpected end "
+              "of calculation\", \"position\": 4}\n"
               "{\"type\": \"Number\", \"text\": \"42\", \"error\": 0}\n");
 }
 
@@ -107,7 +108,7 @@ TEST(Fmsim, ConcurrentCalculationsPrintTheirDistinctResults) {
     EXPECT_EQ(run.output, scripts +
                               "Let ( $n = $n + 1 ; Min ( $n ; 2 ) )\t2 x4\t1 x2\n"
                               "Let ( $$seen = 1 ; \"a¶b\" )\ta\rb x6\n"
-                              "1 +\t? (error 1203) x6\n"
+                              "1 +\t? (error 1203: Unexpected end of calculation) x6\n"
                               "Ravelin_DoFileMakerScript ( \"Hello\" ; 5 )\t0 x6\n"
                               "\n1\n");
 }
@@ -120,7 +121,7 @@ TEST(Fmsim, ConcurrentCalculationsAsJsonAndWithoutStandardInput) {
               "{\"calc\": \"Ravelin_Version\", \"results\": [{\"type\": \"Text\", \"text\": "
               "\"3.0.3\", \"error\": 0, \"count\": 6}]}\n"
               "{\"calc\": \"1 +\", \"results\": [{\"type\": \"\", \"text\": \"\", "
-              "\"error\": 1203, \"count\": 6}]}\n");
+              "\"error\": 1203, \"message\": \"Unexpected end of calculation\", \"count\": 6}]}\n");
 }
 
 // Re-registration storms on eight threads leave the whole table registered.

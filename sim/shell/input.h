@@ -1,0 +1,35 @@
+// fmsim's standard input: calculations one per line (continued while a bracket, quotation or
+// comment is open), dot-commands, and safe idle calls between lines. On a terminal (input and
+// output both) lines are edited with libedit and kept in a history file.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace fmsim {
+
+struct InputActions {
+    std::function<void(const std::string& calc)> evaluate;
+    // A dot-command line; false ends the input (.quit).
+    std::function<bool(const std::string& line)> command;
+    // One safe idle call and the scripts it made due; true when something was printed.
+    std::function<bool()> idle;
+};
+
+// True while `calc` has an open parenthesis or bracket, text constant or block comment, so that
+// the calculation goes on in the next line.
+bool continues(std::string_view calc);
+
+// A line that is a dot-command: "." then a letter (".5" is a number).
+bool isCommand(std::string_view line);
+
+// Where the history is kept: $FMSIM_HISTORY when set (empty: nowhere), else ~/.fmsim_history;
+// empty when there is no home either.
+std::string historyPath();
+
+// Reads until the end of the input or .quit. `terminal`: with the prompt, line editing and
+// history, idle calls while waiting for a key; otherwise an idle call after each line.
+void readInput(const InputActions& actions, bool terminal);
+
+}  // namespace fmsim
