@@ -143,7 +143,7 @@ TEST_F(ExecuteSql, HostRowsOfALargeResultStayIntact) {
     ASSERT_EQ(env_.handleRef().ExecuteFileSQL(*query, *file, *parameters, *rows), 0);
     ASSERT_EQ(rows->Size(), 3000u);
     for (fmx::uint32 r : {0u, 255u, 256u, 1999u, 2999u}) {
-        EXPECT_EQ(sim::valueOf(rows->At(r).At(0)).asNumber().value, r + 1);
+        EXPECT_EQ(sim::valueOf(rows->At(r).At(0)).asNumber().toDouble(), r + 1);
         EXPECT_EQ(sim::textOf(rows->At(r).At(1).GetAsText()).units(),
                   u"row " + sim::fromUtf8(std::to_string(r + 1)));
     }

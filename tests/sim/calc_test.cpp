@@ -70,7 +70,7 @@ TEST(CalcTest, LetScopesAndVariables) {
                            {R"(Let ( x = 4 ; Evaluate ( "x + 1" ) ))", "5"},
                            {"Let ( $local = 7 ; $LOCAL )", "7"},
                        });
-    EXPECT_EQ(context.get(u"$$v").asNumber().value, 5);
+    EXPECT_EQ(context.get(u"$$v").asNumber().toDouble(), 5);
     EXPECT_EQ(run(context, "Let ( x = 1 ; x ) & x").error, 1208);
 
     context.variables[{u"$$gone", 1}] = sim::Value::number(1.0);

@@ -181,7 +181,7 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
         {R"(ExecuteSQL ( "SELECT i, r, s, d, tm, ts, n, bad FROM t" ; "|" ; "" ))",
          "42|2.5|héllo 😀|2024-01-31|13:05:00|2024-01-31 13:05:00||not a date"},
         {R"(ExecuteSQL ( "SELECT 1.0 / 3, -0.5, 1e20, 123456789012" ; " " ; "" ))",
-         "0.3333333333333333 -0.5 100000000000000000000 123456789012"},
+         "0.333333333333333 -0.5 100000000000000000000 123456789012"},
         // Arguments of each type, bound in order.
         {R"(ExecuteSQL ( "SELECT ? + 1, ?, ?, ?, ?, ? IS NULL" ; "," ; "" ; 41 ; "x" ;
              Date ( 2 ; 29 ; 2024 ) ; Time ( 13 ; 5 ; 0 ) ;
