@@ -50,6 +50,12 @@ TEST_F(GlobalFunctions, StoreReadRemoveAndClear) {
         {"F1", "Ravelin_SetGlobal ( \"a\" ; 1 ; \"dieonclose\" )", "Number", "1", unchanged},
         {"F2", "Ravelin_SetGlobal ( \"b\" ; 2 ; \"dieonclose\" )", "Number", "2", unchanged},
         {"F1", "Ravelin_SetGlobal ( \"c\" ; 3 )", "Number", "3", unchanged},
+        {"F1", "Ravelin_SetGlobal ( \"price\" ; 52 * 1.25 + 0.01 )", "Number", "65.01", unchanged},
+        {"F2", "Ravelin_GetGlobal ( \"price\" ) * 3", "Number", "195.03", unchanged},
+        {"F1", "Ravelin_SetGlobal ( \"big\" ; 123456789012345678901234567890.0123456789 )",
+         "Number", "123456789012345678901234567890.0123456789", unchanged},
+        {"F2", "Ravelin_GetGlobal ( \"big\" ) + 1", "Number",
+         "123456789012345678901234567891.0123456789", unchanged},
         {"F2", "Ravelin_SetGlobal ( \"\" ; \"x\" ; \"bogus\" )", "", "", unchanged},
         {"F1",
          "Ravelin_GetGlobal ( \"a\" ) & Ravelin_GetGlobal ( \"b\" ) & "

@@ -251,7 +251,8 @@ TEST(CalcTest, DecimalNumbers) {
                   {"1 / 10 ^ 17", "0"},
                   {"SetPrecision ( 1 / 7 ; 20 )", "0.14285714285714285714"},
                   {"SetPrecision ( 1 / 3 ; 3 )", "0.3333333333333333"},
-                  {"SetPrecision ( 1 / 3 ; 20 ) & \" \" & 1 / 3", "0.33333333333333333333 0.3333333333333333"},
+                  {"SetPrecision ( 1 / 3 ; 20 ) & \" \" & 1 / 3",
+                   "0.33333333333333333333 0.3333333333333333"},
                   {"Length ( SetPrecision ( 1 / 3 ; 1000 ) )", "402"},
                   {"Sqrt ( 2 )", "1.414213562373095"},
                   {"SetPrecision ( Sqrt ( 2 ) ; 30 )", "1.41421356237309504880168872421"},
@@ -289,9 +290,11 @@ TEST(CalcTest, DecimalNumbers) {
         {fourHundredNines + " + 1", "?"},
         {fourHundredNines + " - " + fourHundredNines, "0"},
         {fourHundredNines + " * 1", fourHundredNines},
-        {std::string("1").append(399, '0').append(" + 1"), std::string("1").append(398, '0').append("1")},
+        {std::string("1").append(399, '0').append(" + 1"),
+         std::string("1").append(398, '0').append("1")},
         {tenToThe400 + " + 0", ""},  // the literal itself is out of range: error 1218
-        {std::string("0.").append(399, '0').append("1 * 10"), std::string("0.").append(398, '0').append("1")},
+        {std::string("0.").append(399, '0').append("1 * 10"),
+         std::string("0.").append(398, '0').append("1")},
     };
     for (const auto& c : large) {
         const calc_test::Outcome out = run(context, c.calculation);
