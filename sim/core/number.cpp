@@ -470,6 +470,11 @@ std::optional<Number> power(const Number& base, const Number& exponent, int plac
     }
     const bool integral = exponent.isInteger() || exponent.empty;
     if (b.negative && !integral) return std::nullopt;
+    if (b.digits == "1" && b.point == 1) {  // 1 or -1, to any whole power however large
+        const bool odd =
+            e.point == static_cast<int>(e.digits.size()) && (e.digits.back() - '0') % 2;
+        return Number::fromInt(b.negative && odd ? -1 : 1);
+    }
     // The size of the result, roughly, before computing it: beyond the range is "?" or 0.
     Number leading;
     leading.value = Digits{false, b.digits.substr(0, 17), 1};
