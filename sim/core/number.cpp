@@ -141,6 +141,26 @@ Digits fromWide(__int128 m, int e) {
     return d;
 }
 
+// x / y correctly rounded to `places` decimals on machine integers, when both have at most 18
+// digits and the scaled dividend fits in 128 bits; nullopt otherwise.
+std::optional<Number> smallQuotient(const Digits& x, const Digits& y, int places) {
+    const auto sx = small(x);
+    const auto sy = small(y);
+    if (!sx || !sy) return std::nullopt;
+    // x / y x 10^places = mx x 10^shift / my
+    const long shift = static_cast<long>(sx->e) - sy->e + places;
+    if (shift > 20 || shift < -20) return std::nullopt;
+    unsigned __int128 dividend = static_cast<uint64_t>(sx->m < 0 ? -sx->m : sx->m);
+    unsigned __int128 divisor = static_cast<uint64_t>(sy->m < 0 ? -sy->m : sy->m);
+    for (long k = 0; k < shift; ++k) dividend *= 10;
+    for (long k = 0; k > shift; --k) divisor *= 10;
+    unsigned __int128 q = dividend / divisor;
+    if ((dividend % divisor) * 2 >= divisor) ++q;  // half away from zero
+    if (q >> 126 != 0) return std::nullopt;
+    const auto signedQ = static_cast<__int128>(q);
+    return finish(fromWide((sx->m < 0) != (sy->m < 0) ? -signedQ : signedQ, -places));
+}
+
 template <class D>
 D toDecimal(const Digits& d) {
     if (d.digits.empty()) return D(0);
@@ -407,6 +427,7 @@ std::optional<Number> divide(const Number& a, const Number& b, int places) {
     if (y.digits.empty()) return std::nullopt;
     const Digits& x = valueOf(a);
     if (x.digits.empty()) return Number{};
+    if (std::optional<Number> q = smallQuotient(x, y, places)) return q;
     return fromDecimal(Big(toDecimal<Big>(x) / toDecimal<Big>(y)), places);
 }
 

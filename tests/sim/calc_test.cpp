@@ -2,6 +2,9 @@
 // calculations the plug-in evaluates through the host.
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 #include "sim/core/fonts.h"
 #include "tests/sim/calc_test_support.h"
 
@@ -300,6 +303,24 @@ TEST(CalcTest, DecimalNumbers) {
     for (const auto& c : large) {
         const calc_test::Outcome out = run(context, c.calculation);
         EXPECT_EQ(out.text, c.expected) << c.calculation;
+    }
+}
+
+// Short divisions run on machine integers, long ones (here: 40 places) on the decimal type; both
+// must round the same quotient the same way.
+TEST(CalcTest, DivisionPathsAgree) {
+    FakeContext context;
+    std::mt19937 random(15);
+    std::uniform_int_distribution<int> digits(-999999, 999999);
+    std::uniform_int_distribution<int> scale(0, 6);
+    for (int i = 0; i < 300; ++i) {
+        const std::string x = std::to_string(digits(random)) + "e-" + std::to_string(scale(random));
+        std::string y = std::to_string(digits(random)) + "e-" + std::to_string(scale(random));
+        if (y.rfind("0e", 0) == 0) y = "7";
+        const std::string direct = run(context, x + " / " + y).text;
+        const std::string viaLong =
+            run(context, "Round ( SetPrecision ( " + x + " / " + y + " ; 40 ) ; 16 )").text;
+        EXPECT_EQ(direct, viaLong) << x << " / " << y;
     }
 }
 
