@@ -1,6 +1,5 @@
 #include "sim/calc/operators.h"
 
-#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -22,7 +21,11 @@ Number numberOf(const Value& v) {
     return n;
 }
 
-Number orZero(const std::optional<Number>& n) { return n.value_or(Number{}); }
+// A time or timestamp of `seconds`; "?" when the arithmetic before left the range.
+template <class Make>
+Value temporalOf(const std::optional<Number>& seconds, Make make) {
+    return seconds ? make(*seconds) : questionMark();
+}
 
 // Sums and differences that keep a date, time or timestamp type:
 //   date ± number = date (days)         date − date = number of days
@@ -34,28 +37,39 @@ std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
     const Type ta = a.type();
     const Type tb = b.type();
     if (!isTemporal(ta) && !isTemporal(tb)) return std::nullopt;
-    const Number x = numberOf(a);
-    const Number y = op == Op::Sub ? negated(numberOf(b)) : numberOf(b);
     if (op == Op::Add && !isTemporal(ta)) return temporalSum(op, b, a);
+    const Number x = numberOf(a);
+    const Number y = numberOf(b);
+    const auto combined = [&](const Number& u, const Number& v) {
+        return op == Op::Sub ? subtract(u, v) : add(u, v);
+    };
+    const auto makeTime = [](const Number& s) { return timeValue(s); };
+    const auto makeTimestamp = [](const Number& s) { return timestampValue(s); };
     if (ta == Type::Date && !isTemporal(tb)) {
-        return dateValue(x.toDouble() + floorOf(y).toDouble());
+        const double days = floorOf(y).toDouble();
+        return dateValue(x.toDouble() + (op == Op::Sub ? -days : days));
     }
-    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(add(x, y));
-    if (ta == Type::Timestamp && !isTemporal(tb)) return timestampValue(orZero(add(x, y)));
-    if (ta == Type::Timestamp && tb == Type::Time) return timestampValue(orZero(add(x, y)));
+    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(subtract(x, y));
+    if (ta == Type::Timestamp && (tb == Type::Time || !isTemporal(tb))) {
+        return temporalOf(combined(x, y), makeTimestamp);
+    }
     if (ta == Type::Timestamp && tb == Type::Timestamp && op == Op::Sub) {
-        return numberValue(add(x, y));
+        return numberValue(subtract(x, y));
     }
     if (ta == Type::Time && (tb == Type::Time || !isTemporal(tb))) {
-        return timeValue(orZero(add(x, y)));
+        return temporalOf(combined(x, y), makeTime);
     }
-    const Number dayStart = Number::fromInt(static_cast<int64_t>(kSecondsPerDay));
-    const Number minusOne = Number::fromInt(-1);
+    // date + time: the seconds before the date's midnight, plus the time's
+    const auto midnightPlus = [](const Value& date, const Number& seconds) {
+        const Number before = Number::fromInt((date.dateTimeValue().days() - 1) *
+                                              static_cast<int64_t>(kSecondsPerDay));
+        return add(before, seconds);
+    };
     if (op == Op::Add && ta == Type::Date && tb == Type::Time) {
-        return timestampValue(orZero(add(orZero(multiply(orZero(add(x, minusOne)), dayStart)), y)));
+        return temporalOf(midnightPlus(a, y), makeTimestamp);
     }
     if (op == Op::Add && ta == Type::Time && tb == Type::Date) {
-        return timestampValue(orZero(add(orZero(multiply(orZero(add(y, minusOne)), dayStart)), x)));
+        return temporalOf(midnightPlus(b, x), makeTimestamp);
     }
     return std::nullopt;
 }
