@@ -48,4 +48,30 @@ void longConcatenation(benchmark::State& state) {
 }
 BENCHMARK(longConcatenation)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity();
 
+// Decimal arithmetic: sums and products of short decimals (machine integers underneath), and
+// divisions rounded to 16 decimals (the decimal type's own division).
+void longArithmetic(benchmark::State& state) {
+    sim::fake::FakeContext context;
+    std::u16string calculation = u"0";
+    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" + 1.25 * 3.3 - 0.01";
+    for (auto _ : state) {
+        const sim::calc::Result r = sim::calc::evaluate(calculation, context);
+        benchmark::DoNotOptimize(r.error);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(longArithmetic)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity();
+
+void longDivision(benchmark::State& state) {
+    sim::fake::FakeContext context;
+    std::u16string calculation = u"0";
+    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" + 10 / 3";
+    for (auto _ : state) {
+        const sim::calc::Result r = sim::calc::evaluate(calculation, context);
+        benchmark::DoNotOptimize(r.error);
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(longDivision)->RangeMultiplier(4)->Range(1 << 8, 1 << 12)->Complexity();
+
 }  // namespace

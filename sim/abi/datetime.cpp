@@ -34,7 +34,7 @@ int dayOfYear(const DateTime& d) {
 
 bool isLeapYear(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
 
-double numberOf(const Number& n) { return n.empty ? 0 : n.value; }
+double numberOf(const Number& n) { return n.empty ? 0 : n.toDouble(); }
 
 int intOf(const Number& n) {
     const double v = numberOf(n);
@@ -42,8 +42,9 @@ int intOf(const Number& n) {
     return static_cast<int>(v);
 }
 
-void setNumber(Number& n, double v) {
-    n.value = v;
+// Seconds to the microsecond, exactly.
+void setSeconds(Number& n, int64_t usec) {
+    n.value = Number::fromScaled(usec, -6).value;
     n.empty = false;
 }
 
@@ -218,8 +219,8 @@ fmx::errcode FM_DateTime_SetNormalizedTime2(void* self, const fmx::FixPt& hour,
 void FM_DateTime_SetSecsSinceMidnight(void* self, const fmx::FixPt& secs, _fmxcpt& x) noexcept {
     guard(__func__, x, [&] {
         DateTimeObj& obj = abi::self<DateTimeObj>(self);
-        const double seconds = numberOf(arg(secs));
-        require(std::fabs(seconds) < 9e12);
+        const Number& seconds = arg(secs);
+        require(std::fabs(numberOf(seconds)) < 9e12);
         require(setTime(obj, static_cast<double>(DateTime::fromSeconds(seconds).usec)) == 0);
     });
 }
@@ -227,8 +228,8 @@ void FM_DateTime_SetSecsSinceMidnight(void* self, const fmx::FixPt& secs, _fmxcp
 void FM_DateTime_SetSecondsSinceEpoch(void* self, const fmx::FixPt& seconds, _fmxcpt& x) noexcept {
     guard(__func__, x, [&] {
         DateTimeObj& obj = abi::self<DateTimeObj>(self);
-        const double s = numberOf(arg(seconds));
-        require(std::fabs(s) < 9e12);
+        const Number& s = arg(seconds);
+        require(std::fabs(numberOf(s)) < 9e12);
         assign(obj, DateTime::fromSeconds(s).usec);
     });
 }
@@ -282,17 +283,17 @@ void FM_DateTime_GetSeconds(const void* self, fmx::FixPt& results, _fmxcpt& x) n
     guard(__func__, x, [&] {
         const DateTime& d = abi::self<DateTimeObj>(self).dt;
         const int64_t usec = usecOfDay(d) % (60 * kUsecPerSecond);
-        setNumber(arg(results), static_cast<double>(usec) / kUsecPerSecond);
+        setSeconds(arg(results), usec);
     });
 }
 
 void FM_DateTime_GetSecsSinceMidnight(const void* self, fmx::FixPt& results, _fmxcpt& x) noexcept {
     guard(__func__, x,
-          [&] { setNumber(arg(results), abi::self<DateTimeObj>(self).dt.secondsOfDay()); });
+          [&] { setSeconds(arg(results), usecOfDay(abi::self<DateTimeObj>(self).dt)); });
 }
 
 void FM_DateTime_GetSecondsSinceEpoch(const void* self, fmx::FixPt& results, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { setNumber(arg(results), abi::self<DateTimeObj>(self).dt.seconds()); });
+    guard(__func__, x, [&] { setSeconds(arg(results), abi::self<DateTimeObj>(self).dt.usec); });
 }
 
 }  // extern "C"

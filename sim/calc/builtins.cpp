@@ -20,9 +20,11 @@ const Text& Args::text(size_t i) {
 }
 
 double Args::number(size_t i) const {
-    const double d = values_[i].asNumber().value;
+    const double d = values_[i].asNumber().toDouble();
     return std::isfinite(d) ? d : 0;
 }
+
+int Args::precision() const { return evaluator_.precision(); }
 
 bool Args::emptyNumber(size_t i) const { return values_[i].asNumber().empty; }
 
@@ -104,16 +106,18 @@ Value emptyText() { return Value::text(std::u16string()); }
 
 Value numberValue(double d) {
     if (!std::isfinite(d)) return questionMark();
-    return Value::number(d + 0.0);  // no negative zero
+    return Value::number(d);
 }
 
-Value booleanValue(bool b) { return Value::number(b ? 1.0 : 0.0); }
+Value numberValue(const std::optional<Number>& n) { return n ? Value::number(*n) : questionMark(); }
+
+Value booleanValue(bool b) { return Value::number(Number::fromInt(b ? 1 : 0)); }
 
 Value questionMark() { return Value::text(std::u16string(u"?")); }
 
 bool isTrue(const Value& v) {
     const Number n = v.asNumber();
-    return !n.empty && n.value != 0 && !std::isnan(n.value);
+    return !n.empty && !n.isZero();
 }
 
 double clampCount(double d) {

@@ -27,7 +27,11 @@ public:
     std::u16string_view units(size_t i) { return text(i).units(); }
     // The number, an empty number reading as 0 and anything out of range as 0.
     double number(size_t i) const;
+    // The exact number; an empty one stays marked empty.
+    Number decimal(size_t i) const { return values_[i].asNumber(); }
     bool emptyNumber(size_t i) const;
+    // The places inexact operations round to (SetPrecision).
+    int precision() const;
 
     Evaluator& evaluator() { return evaluator_; }
     Context& context();
@@ -71,10 +75,11 @@ std::span<const Builtin> encodingFunctions();
 Value textValue(Text t);
 Value textValue(std::u16string s);
 Value emptyText();
-Value numberValue(double d);  // "?" when not finite
-Value booleanValue(bool b);   // 1 or 0, as numbers
-Value questionMark();         // the host's "?" for results it cannot compute
-bool isTrue(const Value& v);  // a non-zero number
+Value numberValue(double d);                        // "?" when not finite
+Value numberValue(const std::optional<Number>& n);  // "?" for nullopt
+Value booleanValue(bool b);                         // 1 or 0, as numbers
+Value questionMark();                               // the host's "?" for results it cannot compute
+bool isTrue(const Value& v);                        // a non-zero number
 // Clamps a function's numeric argument to a unit position or count.
 double clampCount(double d);
 

@@ -112,7 +112,7 @@ Value Evaluator::evalChain(const Node& node) {
     }
     Value result = eval(*operands[0]);
     for (size_t i = 1; i < operands.size(); ++i) {
-        result = applyBinary(node.ops[i - 1], result, eval(*operands[i]));
+        result = applyBinary(node.ops[i - 1], result, eval(*operands[i]), precision_);
     }
     return result;
 }
@@ -124,7 +124,7 @@ Value Evaluator::evalUnary(const Node& node) {
             return booleanValue(!isTrue(operand));
         case Op::Negate: {
             const Number n = operand.asNumber();
-            return n.empty ? Value::number(n) : numberValue(-n.value);
+            return n.empty ? Value::number(n) : Value::number(negated(n));
         }
         default:
             return Value::number(operand.asNumber());
@@ -190,7 +190,7 @@ Value Evaluator::evalVariable(const Node& node) {
 int Evaluator::repetitionOf(const Node* repetition) {
     if (repetition == nullptr) return 1;
     const Number n = eval(*repetition).asNumber();
-    const double r = std::trunc(n.value);
+    const double r = std::trunc(n.toDouble());
     if (n.empty || !(r >= 1 && r <= 2147483647.0)) raise(kGenericError);
     return static_cast<int>(r);
 }

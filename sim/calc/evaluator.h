@@ -40,6 +40,9 @@ public:
     Value evaluateText(std::u16string_view source);
 
     Context& context() { return context_; }
+    // Decimal places of division, roots, logarithms and the like: 16, or SetPrecision's.
+    int precision() const { return precision_; }
+    void setPrecision(int places) { precision_ = places; }
 
 private:
     Value evalNode(const Node& node);
@@ -64,6 +67,7 @@ private:
 
     Context& context_;
     int depth_ = 0;
+    int precision_ = 16;
     std::vector<LetVariable> scope_;  // innermost last
 };
 

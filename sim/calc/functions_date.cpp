@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kLargestField = 1e7;  // Date ( ) arguments beyond this give "?"
 
-Value emptyNumber() { return Value::number(Number{0, true}); }
+Value emptyNumber() { return Value::number(Number::none()); }
 
 // Converts to a type; an empty argument gives the invalid value, an unreadable one "?".
 template <class Read, class Make>
@@ -22,9 +22,15 @@ Value convert(const Value& v, Read read, Make make) {
     return x ? make(static_cast<double>(*x)) : questionMark();
 }
 
-Value fnGetAsDate(Args& a) { return convert(a[0], dayOf, dateValue); }
-Value fnGetAsTime(Args& a) { return convert(a[0], timeOf, timeValue); }
-Value fnGetAsTimestamp(Args& a) { return convert(a[0], timestampOf, timestampValue); }
+Value fnGetAsDate(Args& a) {
+    return convert(a[0], dayOf, [](double d) { return dateValue(d); });
+}
+Value fnGetAsTime(Args& a) {
+    return convert(a[0], timeOf, [](double s) { return timeValue(s); });
+}
+Value fnGetAsTimestamp(Args& a) {
+    return convert(a[0], timestampOf, [](double s) { return timestampValue(s); });
+}
 
 // Date ( month ; day ; year ): fields beyond their range roll over (month 13 is January of the
 // next year, day 0 the last day of the previous month).

@@ -29,7 +29,7 @@ Value fnCase(Evaluator& ev, const Nodes& a) {
 
 // Choose ( index ; result0 { ; result1 ; ... } )
 Value fnChoose(Evaluator& ev, const Nodes& a) {
-    const double index = std::trunc(ev.eval(*a[0]).asNumber().value);
+    const double index = std::trunc(ev.eval(*a[0]).asNumber().toDouble());
     if (!(index >= 0 && index + 1 < static_cast<double>(a.size()))) return emptyText();
     return ev.eval(*a[static_cast<size_t>(index) + 1]);
 }

@@ -80,7 +80,7 @@ Value fnChar(Args& a) {
 // Code ( text ): the code points, the first character in the lowest five digits.
 Value fnCode(Args& a) {
     const std::u16string_view s = a.units(0);
-    if (s.empty()) return Value::number(Number{0, true});
+    if (s.empty()) return Value::number(Number::none());
     double total = 0;
     for (size_t i = s.size(); i > 0;) {
         UChar32 c = s[--i];

@@ -12,6 +12,7 @@
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
+#include "sim/core/encoding.h"
 #include "sim/core/text.h"
 
 namespace sim::calc {
@@ -115,9 +116,6 @@ Value fnList(Args& a) {
     return Value::text(std::move(out));
 }
 
-// Sorting compares numbers as doubles; this is the one place that reads them.
-double doubleOf(const Number& n) { return n.value; }
-
 // How SortValues and UniqueValues compare: the data type the values are read as (1 text,
 // 2 number, 3 date, 4 time, 5 timestamp; negative sorts descending) and the locale's collation
 // for text.
@@ -143,31 +141,31 @@ public:
 
     struct Key {
         std::u16string text;
-        std::optional<double> number;  // for types 2 to 5, when the value reads as one
+        std::optional<Number> number;  // for types 2 to 5, when the value reads as one
     };
 
     Key keyOf(std::u16string_view value) const {
         Key k{std::u16string(value), std::nullopt};
         if (type_ == 1) return k;
         const Value v = Value::text(std::u16string(value));
-        std::optional<DateTime> dt;
+        // Dates as days, times and timestamps as seconds: exact, and one kind per sort.
+        std::optional<Value> typed;
         if (type_ == 2) {
-            const Number n = v.asNumber();
-            if (!n.empty && std::isfinite(doubleOf(n))) k.number = doubleOf(n);
-        } else if (type_ == 3) {
-            dt = v.tryDate();
-        } else if (type_ == 4) {
-            dt = v.tryTime();
-        } else {
-            dt = v.tryTimestamp();
+            if (!v.asNumber().empty) typed = v;
+        } else if (const std::optional<DateTime> dt = type_ == 3   ? v.tryDate()
+                                                      : type_ == 4 ? v.tryTime()
+                                                                   : v.tryTimestamp()) {
+            typed = type_ == 3   ? Value::date(*dt)
+                    : type_ == 4 ? Value::time(*dt)
+                                 : Value::timestamp(*dt);
         }
-        if (dt) k.number = dt->seconds();
+        if (typed) k.number = typed->asNumber();
         return k;
     }
 
     // Values that read as the data type come first, in its order; the others follow as text.
     int compare(const Key& a, const Key& b, icu::Collator::ECollationStrength strength) const {
-        if (a.number && b.number) return *a.number < *b.number ? -1 : *a.number > *b.number;
+        if (a.number && b.number) return compareNumbers(*a.number, *b.number);
         if (a.number || b.number) return a.number ? -1 : 1;
         collator_->setStrength(strength);
         UErrorCode status = U_ZERO_ERROR;
@@ -184,10 +182,9 @@ public:
     std::string identity(std::u16string_view value) const {
         const Key k = keyOf(value);
         if (k.number) {
-            const double d = *k.number + 0.0;  // one zero
-            std::string bits(sizeof d, '\0');
-            std::memcpy(bits.data(), &d, sizeof d);
-            return "n" + bits;
+            std::string key("n");
+            key += toUtf8(formatNumber(*k.number));  // one form per number
+            return key;
         }
         collator_->setStrength(icu::Collator::SECONDARY);
         const int32_t length = static_cast<int32_t>(k.text.size());

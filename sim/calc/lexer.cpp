@@ -209,36 +209,11 @@ private:
             }
         }
         Token t = simple(Tok::Number);
-        const auto [ptr, ec] = std::from_chars(ascii.data(), ascii.data() + ascii.size(), t.number);
-        if (ec == std::errc::result_out_of_range && !isHuge(ascii)) {
-            t.number = 0;  // too small to hold: reads as zero
-            return t;
-        }
-        if (ec != std::errc() || ptr != ascii.data() + ascii.size() || !std::isfinite(t.number)) {
-            return error(kBadNumber);
-        }
+        std::optional<Number> n = parseDecimal(ascii);
+        if (!n || n->value.point > decimal::kMaxPoint) return error(kBadNumber);
+        if (n->value.point <= -decimal::kMaxPoint) n = Number{};  // too small to hold: zero
+        t.number = std::move(*n);
         return t;
-    }
-
-    // Whether a literal out of the double range is too large (rather than too small).
-    static bool isHuge(const std::string& ascii) {
-        const size_t e = ascii.find('e');
-        const std::string mantissa = ascii.substr(0, e);
-        long long exponent = 0;
-        if (e != std::string::npos) {
-            const char* first = ascii.data() + e + 1;
-            if (*first == '+') ++first;
-            const auto [p, ec] = std::from_chars(first, ascii.data() + ascii.size(), exponent);
-            if (ec == std::errc::result_out_of_range) return *first != '-';
-            (void)p;
-        }
-        const size_t lead = mantissa.find_first_of("123456789");
-        if (lead == std::string::npos) return false;
-        size_t point = mantissa.find('.');
-        if (point == std::string::npos) point = mantissa.size();
-        const long long magnitude = lead < point ? static_cast<long long>(point - lead)
-                                                 : -static_cast<long long>(lead - point - 1);
-        return magnitude + exponent > 0;
     }
 
     // A name; "$" and "$$" prefixes belong to it.

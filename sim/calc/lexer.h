@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/core/number.h"
+
 namespace sim::calc {
 
 enum class Tok : uint8_t {
@@ -37,7 +39,7 @@ enum class Tok : uint8_t {
 struct Token {
     Tok kind = Tok::End;
     std::u16string text;  // names and text constants (escapes resolved)
-    double number = 0;
+    Number number;
     short error = 0;
     uint32_t offset = 0;  // where the token starts, in UTF-16 units
 };

@@ -1,6 +1,5 @@
 #include "sim/calc/operators.h"
 
-#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -15,9 +14,17 @@ namespace {
 
 bool isTemporal(Type t) { return t == Type::Date || t == Type::Time || t == Type::Timestamp; }
 
-double numberOf(const Value& v) {
-    const double d = v.asNumber().value;
-    return std::isnan(d) ? 0 : d;
+// An empty value reads as 0.
+Number numberOf(const Value& v) {
+    Number n = v.asNumber();
+    if (n.empty) return Number{};
+    return n;
+}
+
+// A time or timestamp of `seconds`; "?" when the arithmetic before left the range.
+template <class Make>
+Value temporalOf(const std::optional<Number>& seconds, Make make) {
+    return seconds ? make(*seconds) : questionMark();
 }
 
 // Sums and differences that keep a date, time or timestamp type:
@@ -30,44 +37,60 @@ std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
     const Type ta = a.type();
     const Type tb = b.type();
     if (!isTemporal(ta) && !isTemporal(tb)) return std::nullopt;
-    const double sign = op == Op::Sub ? -1 : 1;
-    const double x = numberOf(a);
-    const double y = numberOf(b);
     if (op == Op::Add && !isTemporal(ta)) return temporalSum(op, b, a);
-    if (ta == Type::Date && !isTemporal(tb)) return dateValue(x + sign * std::floor(y));
-    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(x - y);
-    if (ta == Type::Timestamp && !isTemporal(tb)) return timestampValue(x + sign * y);
-    if (ta == Type::Timestamp && tb == Type::Time) return timestampValue(x + sign * y);
-    if (ta == Type::Timestamp && tb == Type::Timestamp && op == Op::Sub) {
-        return numberValue(x - y);
+    const Number x = numberOf(a);
+    const Number y = numberOf(b);
+    const auto combined = [&](const Number& u, const Number& v) {
+        return op == Op::Sub ? subtract(u, v) : add(u, v);
+    };
+    const auto makeTime = [](const Number& s) { return timeValue(s); };
+    const auto makeTimestamp = [](const Number& s) { return timestampValue(s); };
+    if (ta == Type::Date && !isTemporal(tb)) {
+        const double days = floorOf(y).toDouble();
+        return dateValue(x.toDouble() + (op == Op::Sub ? -days : days));
     }
-    if (ta == Type::Time && (tb == Type::Time || !isTemporal(tb))) return timeValue(x + sign * y);
+    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(subtract(x, y));
+    if (ta == Type::Timestamp && (tb == Type::Time || !isTemporal(tb))) {
+        return temporalOf(combined(x, y), makeTimestamp);
+    }
+    if (ta == Type::Timestamp && tb == Type::Timestamp && op == Op::Sub) {
+        return numberValue(subtract(x, y));
+    }
+    if (ta == Type::Time && (tb == Type::Time || !isTemporal(tb))) {
+        return temporalOf(combined(x, y), makeTime);
+    }
+    // date + time: the seconds before the date's midnight, plus the time's
+    const auto midnightPlus = [](const Value& date, const Number& seconds) {
+        const Number before = Number::fromInt((date.dateTimeValue().days() - 1) *
+                                              static_cast<int64_t>(kSecondsPerDay));
+        return add(before, seconds);
+    };
     if (op == Op::Add && ta == Type::Date && tb == Type::Time) {
-        return timestampValue((x - 1) * kSecondsPerDay + y);
+        return temporalOf(midnightPlus(a, y), makeTimestamp);
     }
     if (op == Op::Add && ta == Type::Time && tb == Type::Date) {
-        return timestampValue((y - 1) * kSecondsPerDay + x);
+        return temporalOf(midnightPlus(b, x), makeTimestamp);
     }
     return std::nullopt;
 }
 
-Value arithmetic(Op op, const Value& a, const Value& b) {
+Value arithmetic(Op op, const Value& a, const Value& b, int places) {
     if (op == Op::Add || op == Op::Sub) {
         if (std::optional<Value> v = temporalSum(op, a, b)) return *v;
     }
-    const double x = numberOf(a);
-    const double y = numberOf(b);
+    const Number x = numberOf(a);
+    const Number y = numberOf(b);
     switch (op) {
         case Op::Add:
-            return numberValue(x + y);
+            return numberValue(add(x, y));
         case Op::Sub:
-            return numberValue(x - y);
+            return numberValue(subtract(x, y));
         case Op::Mul:
-            return numberValue(x * y);
+            return numberValue(multiply(x, y));
         case Op::Div:
-            return y == 0 ? questionMark() : numberValue(x / y);
+            return numberValue(divide(x, y, places));
         default:
-            return numberValue(std::pow(x, y));
+            return numberValue(power(x, y, places));
     }
 }
 
@@ -81,33 +104,22 @@ int compareTexts(const Value& a, const Value& b) {
 }
 
 // A date compared with a timestamp counts as its midnight.
-double comparable(const Value& v, const Value& other) {
+Number comparable(const Value& v, const Value& other) {
     if (v.type() == Type::Date && other.type() == Type::Timestamp) {
-        return (numberOf(v) - 1) * kSecondsPerDay;
+        return Number::fromInt((v.dateTimeValue().days() - 1) *
+                               static_cast<int64_t>(kSecondsPerDay));
     }
-    return decimalClean(numberOf(v));
+    return numberOf(v);
 }
 
 int compareValues(const Value& a, const Value& b) {
     if (isTextLike(a) && isTextLike(b)) return compareTexts(a, b);
-    const double x = comparable(a, b);
-    const double y = comparable(b, a);
-    return x < y ? -1 : (x > y ? 1 : 0);
+    return compareNumbers(comparable(a, b), comparable(b, a));
 }
 
 }  // namespace
 
-double decimalClean(double d) {
-    if (!std::isfinite(d) || std::fabs(d) >= 1e15 || d == 0) return d;
-    char buffer[64];
-    const auto printed =
-        std::to_chars(buffer, buffer + sizeof buffer, d, std::chars_format::scientific, 14);
-    double cleaned = d;
-    std::from_chars(buffer, printed.ptr, cleaned);
-    return cleaned;
-}
-
-Value applyBinary(Op op, const Value& left, const Value& right) {
+Value applyBinary(Op op, const Value& left, const Value& right, int places) {
     switch (op) {
         case Op::Eq:
             return booleanValue(compareValues(left, right) == 0);
@@ -122,7 +134,7 @@ Value applyBinary(Op op, const Value& left, const Value& right) {
         case Op::Ge:
             return booleanValue(compareValues(left, right) >= 0);
         default:
-            return arithmetic(op, left, right);
+            return arithmetic(op, left, right, places);
     }
 }
 

@@ -7,14 +7,11 @@
 
 namespace sim::calc {
 
-// Arithmetic (+ - * / ^) and comparisons (= ≠ < ≤ > ≥) on two values.
-Value applyBinary(Op op, const Value& left, const Value& right);
+// Arithmetic (+ - * / ^) and comparisons (= ≠ < ≤ > ≥) on two values; division and fractional
+// powers round to `places` decimals.
+Value applyBinary(Op op, const Value& left, const Value& right, int places);
 
 // Appends the text form of a value (styles kept), failing when the text grows too long.
 void appendTextOf(Text& out, const Value& v);
-
-// Numbers as calculations compare and round them: the double's shortest decimal form up to 15
-// significant digits, so that 0.1 + 0.2 equals 0.3.
-double decimalClean(double d);
 
 }  // namespace sim::calc

@@ -55,7 +55,7 @@ std::optional<int64_t> dayOf(const Value& v) {
             return checkedDay(v.dateTimeValue().days());
         case Type::Number:
         case Type::Boolean: {
-            const double d = std::floor(v.asNumber().value);
+            const double d = std::floor(v.asNumber().toDouble());
             if (!validDay(d)) return std::nullopt;
             return static_cast<int64_t>(d);
         }
@@ -79,7 +79,7 @@ std::optional<double> timeOf(const Value& v) {
             return v.dateTimeValue().secondsOfDay();
         case Type::Number:
         case Type::Boolean: {
-            const double s = v.asNumber().value;
+            const double s = v.asNumber().toDouble();
             if (!(std::fabs(s) <= kLargestTime)) return std::nullopt;
             return s;
         }
@@ -104,7 +104,7 @@ std::optional<double> timestampOf(const Value& v) {
             return static_cast<double>(v.dateTimeValue().days() - 1) * kSecondsPerDay;
         case Type::Number:
         case Type::Boolean: {
-            const double s = v.asNumber().value;
+            const double s = v.asNumber().toDouble();
             if (!(s >= 0 && s < static_cast<double>(kLastDay) * kSecondsPerDay))
                 return std::nullopt;
             return s;
@@ -130,6 +130,17 @@ Value dateValue(double day) {
 Value timeValue(double seconds) {
     if (!(std::fabs(seconds) <= kLargestTime)) return questionMark();
     return Value::time(DateTime::fromSeconds(seconds));
+}
+
+Value timeValue(const Number& seconds) {
+    if (!(std::fabs(seconds.toDouble()) <= kLargestTime)) return questionMark();
+    return Value::time(DateTime::fromSeconds(seconds));
+}
+
+Value timestampValue(const Number& seconds) {
+    const double s = seconds.toDouble();
+    if (!(s >= 0 && s < static_cast<double>(kLastDay) * kSecondsPerDay)) return questionMark();
+    return Value::timestamp(DateTime::fromSeconds(seconds));
 }
 
 Value timestampValue(double seconds) {

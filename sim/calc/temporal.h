@@ -32,5 +32,8 @@ std::optional<double> timestampOf(const Value& v);
 Value dateValue(double dayNumber);
 Value timeValue(double seconds);
 Value timestampValue(double seconds);
+// Exact to the microsecond.
+Value timeValue(const Number& seconds);
+Value timestampValue(const Number& seconds);
 
 }  // namespace sim::calc

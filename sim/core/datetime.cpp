@@ -211,7 +211,14 @@ DateTime DateTime::fromYmd(int year, int month, int day) {
 // rather than on the binary neighbour of that fraction.
 DateTime DateTime::fromSeconds(double seconds) {
     if (!std::isfinite(seconds) || std::fabs(seconds) > 9.2e12) return DateTime{};
-    decimal::Digits d = decimal::digitsOf(seconds);
+    Number n;
+    n.value = decimal::digitsOf(seconds);
+    return fromSeconds(n);
+}
+
+DateTime DateTime::fromSeconds(const Number& seconds) {
+    if (seconds.empty || !(std::fabs(seconds.toDouble()) <= 9.2e12)) return DateTime{};
+    decimal::Digits d = seconds.value;
     decimal::roundToPlaces(d, 6);
     int64_t usec = 0;
     for (size_t k = 0; k < d.digits.size(); ++k) usec = usec * 10 + (d.digits[k] - '0');

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "sim/core/number.h"
+
 namespace sim {
 
 // Microseconds since 0001-01-01 00:00:00 (proleptic Gregorian). Dates count days from there
@@ -16,8 +18,9 @@ struct DateTime {
     static DateTime fromDays(int64_t day1Based);
     static DateTime fromYmd(int year, int month, int day);  // normalises overflowing fields
     static DateTime fromSeconds(double seconds);
-    int64_t days() const;    // 1-based day number
-    double seconds() const;  // seconds since the epoch, with fractions
+    static DateTime fromSeconds(const Number& seconds);  // rounded to the microsecond
+    int64_t days() const;                                // 1-based day number
+    double seconds() const;                              // seconds since the epoch, with fractions
     double secondsOfDay() const;
     void ymd(int& year, int& month, int& day) const;
     friend bool operator==(const DateTime&, const DateTime&) = default;

@@ -58,12 +58,21 @@ Value Value::number(Number n) {
     return v;
 }
 
-Value Value::number(double d) { return number(Number{d}); }
+// Whole numbers exactly; fractions of binary arithmetic (counts, time parts) to 15 significant
+// digits, below their binary noise.
+Value Value::number(double d) {
+    if (std::trunc(d) == d && std::fabs(d) < 9.2e18) {
+        return number(Number::fromInt(static_cast<int64_t>(d)));
+    }
+    Number n;
+    n.value = decimal::digitsOf(d, 15);
+    return number(n);
+}
 
 Value Value::boolean(bool b) {
     Value v;
     v.type_ = Type::Boolean;
-    v.number_ = Number{b ? 1.0 : 0.0};
+    v.number_ = Number::fromInt(b ? 1 : 0);
     return v;
 }
 
@@ -150,7 +159,7 @@ Text Value::asText() const {
 }
 
 Number Value::asNumber() const {
-    if (isDateKind(type_) && number_.empty) return Number{0, true};
+    if (isDateKind(type_) && number_.empty) return Number::none();
     switch (type_) {
         case Type::Text:
             return parseNumber(text_.units());
@@ -158,12 +167,12 @@ Number Value::asNumber() const {
         case Type::Boolean:
             return number_;
         case Type::Date:
-            return Number{static_cast<double>(dt_.days())};
+            return Number::fromInt(dt_.days());
         case Type::Time:
         case Type::Timestamp:
-            return Number{dt_.seconds()};
+            return Number::fromScaled(dt_.usec, -6);
         default:
-            return Number{0, true};
+            return Number::none();
     }
 }
 
@@ -176,8 +185,8 @@ std::optional<DateTime> Value::tryDate() const {
             return std::nullopt;
         case Type::Number:
         case Type::Boolean:
-            if (!(std::fabs(number_.value) < kMaxDayNumber)) return std::nullopt;
-            return DateTime::fromDays(static_cast<int64_t>(std::floor(number_.value)));
+            if (!(std::fabs(number_.toDouble()) < kMaxDayNumber)) return std::nullopt;
+            return DateTime::fromDays(static_cast<int64_t>(floorOf(number_).toDouble()));
         case Type::Date:
         case Type::Time:
         case Type::Timestamp:
@@ -196,7 +205,7 @@ std::optional<DateTime> Value::tryTime() const {
             return std::nullopt;
         case Type::Number:
         case Type::Boolean:
-            return DateTime::fromSeconds(number_.value);
+            return DateTime::fromSeconds(number_);
         case Type::Date:
             return DateTime{};
         case Type::Time:
@@ -216,7 +225,7 @@ std::optional<DateTime> Value::tryTimestamp() const {
             return parseTime(text_.units());
         case Type::Number:
         case Type::Boolean:
-            return DateTime::fromSeconds(number_.value);
+            return DateTime::fromSeconds(number_);
         case Type::Date:
         case Type::Time:
         case Type::Timestamp:
@@ -232,7 +241,7 @@ DateTime Value::asTimestamp() const { return tryTimestamp().value_or(DateTime{})
 
 bool Value::asBoolean() const {
     const Number n = asNumber();
-    return !n.empty && n.value != 0 && !std::isnan(n.value);
+    return !n.empty && !n.isZero();
 }
 
 const Binary& Value::asBinary() const {

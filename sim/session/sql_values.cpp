@@ -52,6 +52,23 @@ Value textValue(std::string_view bytes, ColumnKind kind) {
     return Value::text(std::move(units));
 }
 
+int64_t integerOf(const Number& n) {
+    int64_t v = 0;
+    for (int k = 0; k < n.value.point; ++k) {
+        const size_t i = static_cast<size_t>(k);
+        v = v * 10 + (i < n.value.digits.size() ? n.value.digits[i] - '0' : 0);
+    }
+    return n.value.negative ? -v : v;
+}
+
+// How SQLite shows a REAL (its "%!.15g").
+std::string sqliteText(double d) {
+    char* text = sqlite3_mprintf("%!.15g", d);
+    std::string s = text != nullptr ? text : "";
+    sqlite3_free(text);
+    return s;
+}
+
 int bindText(sqlite3_stmt* st, int index, const std::u16string& text) {
     return sqlite3_bind_text16(st, index, text.data(),
                                static_cast<int>(text.size() * sizeof(char16_t)), SQLITE_TRANSIENT);
@@ -73,9 +90,14 @@ ColumnKind columnKind(const char* declaredType) {
 Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
     switch (sqlite3_column_type(st, c)) {
         case SQLITE_INTEGER:
-            return sqlValue(Value::number(static_cast<double>(sqlite3_column_int64(st, c))));
-        case SQLITE_FLOAT:
-            return sqlValue(Value::number(sqlite3_column_double(st, c)));
+            return sqlValue(Value::number(Number::fromInt(sqlite3_column_int64(st, c))));
+        case SQLITE_FLOAT: {
+            // SQLite's own text of the value (what its shell prints), read as a decimal.
+            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
+            const std::optional<Number> n = parseDecimal(text ? text : "");
+            if (!n) return Value::text(fromUtf8(text ? text : ""));  // "Inf", "-Inf", "NaN"
+            return sqlValue(Value::number(*n));
+        }
         case SQLITE_TEXT: {
             const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
             const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
@@ -98,11 +120,15 @@ int bindValue(sqlite3_stmt* st, int index, const Value& v) {
     switch (v.type()) {
         case Type::Number:
         case Type::Boolean: {
-            const double d = v.asNumber().value;
-            if (std::trunc(d) == d && std::fabs(d) < 9.2e18) {
-                return sqlite3_bind_int64(st, index, static_cast<sqlite3_int64>(d));
+            const Number n = v.asNumber();
+            if (n.isInteger() && n.value.point <= 18) {
+                return sqlite3_bind_int64(st, index, integerOf(n));
             }
-            return sqlite3_bind_double(st, index, d);
+            // A double when it reads back as the same decimal, the decimal's text otherwise.
+            const double d = n.toDouble();
+            const std::optional<Number> back = parseDecimal(sqliteText(d));
+            if (back && back->value == n.value) return sqlite3_bind_double(st, index, d);
+            return bindText(st, index, formatNumber(n));
         }
         case Type::Binary: {
             if (v.asBinary().streams.empty()) return sqlite3_bind_null(st, index);

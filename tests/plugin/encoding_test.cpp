@@ -76,7 +76,7 @@ TEST_F(Base64, CountsItsArguments) {
         SCOPED_TRACE(c.message);
         const sim::DataHandle result = sim::makeData();
         EXPECT_EQ(c.function(5, env_.handleRef(), *c.args, *result), 0);
-        EXPECT_EQ(sim::valueOf(*result).asNumber().value, -50);
+        EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), -50);
         EXPECT_EQ(eval("$$Ravelin_LastError").text, "-50");
         EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text, c.message);
     }

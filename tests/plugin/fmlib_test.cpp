@@ -104,7 +104,7 @@ TEST_F(Fmlib, ValuesAreCopiedByType) {
     sim::setValue(*boolean, sim::Value::boolean(true));
     fmlib::FMData2FMData(*boolean, *to);
     EXPECT_EQ(sim::valueOf(*to).type(), sim::Type::Number);
-    EXPECT_EQ(sim::valueOf(*to).asNumber().value, 1);
+    EXPECT_EQ(sim::valueOf(*to).asNumber().toDouble(), 1);
 
     fmx::DataUniquePtr invalid;
     sim::setValue(*to, sim::Value::text(u"kept"));
@@ -124,9 +124,9 @@ TEST_F(Fmlib, ErrorCodesAsNumbers) {
     fmx::DataUniquePtr value;
     fmlib::FMErrCode2FMData(-50, *value);
     EXPECT_EQ(sim::valueOf(*value).type(), sim::Type::Number);
-    EXPECT_EQ(sim::valueOf(*value).asNumber().value, -50);
+    EXPECT_EQ(sim::valueOf(*value).asNumber().toDouble(), -50);
     storeErrorCode(100000, *value);
-    EXPECT_EQ(sim::valueOf(*value).asNumber().value, 100000);
+    EXPECT_EQ(sim::valueOf(*value).asNumber().toDouble(), 100000);
 }
 
 }  // namespace

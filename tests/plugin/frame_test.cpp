@@ -155,7 +155,7 @@ TEST_F(Placeholder, AnswersNotImplementedYet) {
     fmx::DataUniquePtr result;
     EXPECT_EQ(rvl::AnswerNotImplemented(env(), *result), 0);
     EXPECT_EQ(sim::valueOf(*result).type(), sim::Type::Number);
-    EXPECT_EQ(sim::valueOf(*result).asNumber().value, -4);
+    EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), -4);
     EXPECT_EQ(variable("$$Ravelin_LastError"), "-4");
     EXPECT_EQ(variable("$$Ravelin_LastErrorMessage"), "Not implemented yet");
 }

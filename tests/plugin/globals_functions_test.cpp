@@ -50,6 +50,12 @@ TEST_F(GlobalFunctions, StoreReadRemoveAndClear) {
         {"F1", "Ravelin_SetGlobal ( \"a\" ; 1 ; \"dieonclose\" )", "Number", "1", unchanged},
         {"F2", "Ravelin_SetGlobal ( \"b\" ; 2 ; \"dieonclose\" )", "Number", "2", unchanged},
         {"F1", "Ravelin_SetGlobal ( \"c\" ; 3 )", "Number", "3", unchanged},
+        {"F1", "Ravelin_SetGlobal ( \"price\" ; 52 * 1.25 + 0.01 )", "Number", "65.01", unchanged},
+        {"F2", "Ravelin_GetGlobal ( \"price\" ) * 3", "Number", "195.03", unchanged},
+        {"F1", "Ravelin_SetGlobal ( \"big\" ; 123456789012345678901234567890.0123456789 )",
+         "Number", "123456789012345678901234567890.0123456789", unchanged},
+        {"F2", "Ravelin_GetGlobal ( \"big\" ) + 1", "Number",
+         "123456789012345678901234567891.0123456789", unchanged},
         {"F2", "Ravelin_SetGlobal ( \"\" ; \"x\" ; \"bogus\" )", "", "", unchanged},
         {"F1",
          "Ravelin_GetGlobal ( \"a\" ) & Ravelin_GetGlobal ( \"b\" ) & "
@@ -82,7 +88,7 @@ TEST_F(GlobalFunctions, MissingArguments) {
     for (const auto& c : cases) {
         const info_test::Answer a = callLoaded(session_, c.function, c.args, u"F1");
         EXPECT_EQ(a.code, 0);
-        EXPECT_EQ(a.result.asNumber().value, -50);
+        EXPECT_EQ(a.result.asNumber().toDouble(), -50);
         EXPECT_EQ(lastError(), c.lastError);
     }
 }
@@ -111,7 +117,7 @@ TEST_F(GlobalFunctions, EveryNativeTypeKeepsItsType) {
             callLoaded(session_, u"Ravelin_GetGlobal", {text(u"v")}, u"F2").result;
         ASSERT_EQ(got.type(), c.stored) << type;
         EXPECT_EQ(got.asText().units(), c.in.asText().units()) << type;
-        EXPECT_EQ(got.asNumber().value, c.in.asNumber().value) << type;
+        EXPECT_EQ(got.asNumber().toDouble(), c.in.asNumber().toDouble()) << type;
         if (c.stored == sim::Type::Binary) {
             EXPECT_EQ(got.asBinary(), picture);
         }

@@ -23,7 +23,7 @@ TEST_F(LastError, RoundTripThroughTheCallersVariables) {
     fmx::DataUniquePtr code, message;
     EXPECT_EQ(rvl::GetLastErrorCode(*code, env()), 0);
     EXPECT_EQ(sim::valueOf(*code).type(), sim::Type::Number);
-    EXPECT_EQ(sim::valueOf(*code).asNumber().value, -4);
+    EXPECT_EQ(sim::valueOf(*code).asNumber().toDouble(), -4);
     EXPECT_EQ(rvl::GetLastErrorMessage(*message, env()), 0);
     EXPECT_EQ(sim::valueOf(*message).asText().units(), u"Not implemented yet");
 }
@@ -78,7 +78,7 @@ TEST_F(ExceptionFrame, HostFailuresBecome2400AndTheLastError) {
         EXPECT_FALSE(finished);
         EXPECT_EQ(answer, 0) << c.code;
         EXPECT_EQ(sim::valueOf(*result).type(), sim::Type::Number);
-        EXPECT_EQ(sim::valueOf(*result).asNumber().value, 2400);
+        EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), 2400);
         EXPECT_EQ(variable("$$Ravelin_LastError"), "2400");
         EXPECT_EQ(variable("$$Ravelin_LastErrorMessage"), c.message);
     }
@@ -87,7 +87,7 @@ TEST_F(ExceptionFrame, HostFailuresBecome2400AndTheLastError) {
 TEST_F(ExceptionFrame, OtherThrowsAndBodyAnswers) {
     fmx::DataUniquePtr result;
     EXPECT_EQ(rvl::RunInExceptionFrame(env(), *result, [] { throw 7; }), 0);
-    EXPECT_EQ(sim::valueOf(*result).asNumber().value, 2400);
+    EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), 2400);
     EXPECT_EQ(variable("$$Ravelin_LastErrorMessage"), "Unknown fatal error occured");
 
     EXPECT_EQ(

@@ -123,7 +123,7 @@ TEST_F(MergeText, WithoutArgumentsReportsMissingParameters) {
     const sim::DataVectHandle none = sim::makeDataVect({});
     const sim::DataHandle result = sim::makeData();
     EXPECT_EQ(Ravelin_MergeText(7, env_.handleRef(), *none, *result), 0);
-    EXPECT_EQ(sim::valueOf(*result).asNumber().value, -50);
+    EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), -50);
     EXPECT_EQ(eval("$$Ravelin_LastError").text, "-50");
     EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text, "Not enough parameters");
 }

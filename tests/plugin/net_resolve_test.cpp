@@ -82,7 +82,7 @@ TEST_F(ResolveFunctions, WithoutArgumentSayWhatIsMissing) {
         const sim::DataVectHandle none = sim::makeDataVect({});
         const sim::DataHandle result = sim::makeData();
         EXPECT_EQ(c.function(17, env(), *none, *result), 0);
-        EXPECT_EQ(sim::valueOf(*result).asNumber().value, -50);
+        EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), -50);
         EXPECT_EQ(variable("$$Ravelin_LastError"), "-50");
         EXPECT_EQ(variable("$$Ravelin_LastErrorMessage"), c.message);
     }

@@ -115,7 +115,7 @@ TEST_F(Regex, ReportsBadPatternsAndMissingArguments) {
         SCOPED_TRACE(c.message);
         const sim::DataHandle result = sim::makeData();
         EXPECT_EQ(c.function(13, env.handleRef(), *c.args, *result), 0);
-        EXPECT_EQ(sim::valueOf(*result).asNumber().value, -50);
+        EXPECT_EQ(sim::valueOf(*result).asNumber().toDouble(), -50);
         EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text, c.message);
     }
 }

@@ -23,6 +23,9 @@ INSERT INTO typed VALUES (42, 2.5, '2024-01-31', '13:05:00', '2024-01-31 13:05:0
 CREATE TABLE words (k INTEGER, s TEXT);
 INSERT INTO words VALUES (1, 'b, c'), (2, 'héllo wörld 😀'), (3, 'tab	inside');
 CREATE TABLE blank (x TEXT);
+CREATE TABLE money (k INTEGER, r REAL, i INTEGER);
+INSERT INTO money VALUES (1, 65.01, 123456789012345678), (2, 0.1 + 0.2, -9007199254740993),
+                         (3, 1e20, 0), (4, 1.0 / 3, 1);
 )";
 
 class ExecuteSql : public ::testing::Test {
@@ -79,6 +82,10 @@ TEST_F(ExecuteSql, JoinsRowsAndRecordsTheOutcome) {
         {"SQL text forms", R"("SELECT i, r, d, t, ts, s, n FROM typed ORDER BY i DESC" ; ",")",
          u"42,2.5,2024-01-31,13:05:00,2024-01-31 13:05:00,x,\r"
          u"-7,0.25,0001-01-01,00:00:07,1999-12-31 23:59:59,y,",
+         "Text", "0", "No Error Message"},
+        {"REAL as SQLite shows it, INTEGER exactly", R"("SELECT r, i FROM money ORDER BY k" ; ",")",
+         u"65.01,123456789012345678\r0.3,-9007199254740993\r100000000000000000000,0\r"
+         u"0.333333333333333,1",
          "Text", "0", "No Error Message"},
         {"empty result", R"("SELECT x FROM blank")", u"", "Text", "0", "No Error Message"},
         {"syntax error", R"("SELEKT x FROM abc")", u"8310", "Number", "8310", "SQL Error"},
@@ -143,7 +150,7 @@ TEST_F(ExecuteSql, HostRowsOfALargeResultStayIntact) {
     ASSERT_EQ(env_.handleRef().ExecuteFileSQL(*query, *file, *parameters, *rows), 0);
     ASSERT_EQ(rows->Size(), 3000u);
     for (fmx::uint32 r : {0u, 255u, 256u, 1999u, 2999u}) {
-        EXPECT_EQ(sim::valueOf(rows->At(r).At(0)).asNumber().value, r + 1);
+        EXPECT_EQ(sim::valueOf(rows->At(r).At(0)).asNumber().toDouble(), r + 1);
         EXPECT_EQ(sim::textOf(rows->At(r).At(1).GetAsText()).units(),
                   u"row " + sim::fromUtf8(std::to_string(r + 1)));
     }

@@ -195,6 +195,92 @@ TEST(Abi, DataSetAndGet) {
     EXPECT_EQ(bytesOf(*numberText), "1");
 }
 
+std::string numberText(const fmx::FixPt& n) {
+    fmx::DataUniquePtr d;
+    d->SetAsNumber(n);
+    return bytesOf(d->GetAsText());
+}
+
+fmx::FixPtUniquePtr fromDouble(double v) {
+    fmx::FixPtUniquePtr n;
+    n->AssignDouble(v);
+    return n;
+}
+
+// Decimal FixPt: doubles come in as their shortest decimal form, sums and products are exact and
+// division rounds to the number's precision.
+TEST(Abi, FixPtIsDecimal) {
+    using Make = std::string (*)();
+    const struct {
+        const char* what;
+        Make make;
+        const char* text;
+    } cases[] = {
+        {"0.1 as double", [] { return numberText(*fromDouble(0.1)); }, "0.1"},
+        {"65.01 as double", [] { return numberText(*fromDouble(65.01)); }, "65.01"},
+        {"0.1 + 0.2",
+         [] {
+             fmx::FixPtUniquePtr sum;
+             fromDouble(0.1)->Add(*fromDouble(0.2), *sum);
+             return numberText(*sum);
+         },
+         "0.3"},
+        {"52 * 1.25",
+         [] {
+             fmx::FixPtUniquePtr product;
+             fmx::FixPtUniquePtr(52)->Multiply(*fromDouble(1.25), *product);
+             return numberText(*product);
+         },
+         "65"},
+        {"10 / 3",
+         [] {
+             fmx::FixPtUniquePtr q;
+             fmx::FixPtUniquePtr(10)->Divide(*fmx::FixPtUniquePtr(3), *q);
+             return numberText(*q);
+         },
+         "3.3333333333333333"},
+        {"10 / 3 at 20 places",
+         [] {
+             fmx::FixPtUniquePtr ten(10);
+             ten->SetPrecision(20);
+             fmx::FixPtUniquePtr q;
+             ten->Divide(*fmx::FixPtUniquePtr(3), *q);
+             return numberText(*q);
+         },
+         "3.33333333333333333333"},
+        {"2^53 + 1 as int64",
+         [] {
+             fmx::FixPtUniquePtr n;
+             n->AssignInt64(9007199254740993);
+             n->Increment(1);
+             return numberText(*n) + " " + std::to_string(n->AsLong64());
+         },
+         "9007199254740994 9007199254740994"},
+        {"a microsecond past midnight",
+         [] {
+             fmx::DateTimeUniquePtr dt;
+             dt->SetNormalizedDate(1, 1, 2020);
+             dt->SetNormalizedTime(0, 0, 0, 1);
+             fmx::FixPtUniquePtr seconds;
+             dt->GetSecondsSinceEpoch(*seconds);
+             return numberText(*seconds);
+         },
+         "63713433600.000001"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.make(), c.text) << c.what;
+
+    fmx::FixPtUniquePtr sum;
+    fromDouble(0.1)->Add(*fromDouble(0.2), *sum);
+    EXPECT_TRUE(*sum == *fromDouble(0.3));
+    EXPECT_TRUE(*fromDouble(0.3) < *fromDouble(0.30000000000000004));
+    EXPECT_EQ(fromDouble(-2.7)->AsLong(), -2);
+    EXPECT_EQ(fromDouble(0.1)->AsFloat(), 0.1);
+    EXPECT_EQ(fromDouble(1e300)->AsLong(), INT32_MAX);
+    fmx::FixPtUniquePtr unchanged(7);
+    EXPECT_EQ(fmx::FixPtUniquePtr(1)->Divide(*fmx::FixPtUniquePtr(0), *unchanged), 1);
+    EXPECT_EQ(unchanged->AsLong(), 7);
+}
+
 TEST(Abi, DateTimeAndSeconds) {
     fmx::DateTimeUniquePtr dt;
     dt->SetNormalizedDate(10, 10, 2019);

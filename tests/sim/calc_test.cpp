@@ -2,6 +2,9 @@
 // calculations the plug-in evaluates through the host.
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 #include "sim/core/fonts.h"
 #include "tests/sim/calc_test_support.h"
 
@@ -70,7 +73,7 @@ TEST(CalcTest, LetScopesAndVariables) {
                            {R"(Let ( x = 4 ; Evaluate ( "x + 1" ) ))", "5"},
                            {"Let ( $local = 7 ; $LOCAL )", "7"},
                        });
-    EXPECT_EQ(context.get(u"$$v").asNumber().value, 5);
+    EXPECT_EQ(context.get(u"$$v").asNumber().toDouble(), 5);
     EXPECT_EQ(run(context, "Let ( x = 1 ; x ) & x").error, 1208);
 
     context.variables[{u"$$gone", 1}] = sim::Value::number(1.0);
@@ -232,6 +235,124 @@ TEST(CalcTest, NumberFunctions) {
                        });
 }
 
+// Decimal arithmetic: exact sums, products and comparisons; divisions and roots to the current
+// precision (16 decimals, SetPrecision's 16 .. 400 for the expression it wraps).
+TEST(CalcTest, DecimalNumbers) {
+    FakeContext context;
+    const std::string fourHundredNines(400, '9');
+    const std::string tenToThe400 = std::string("1").append(400, '0');
+    expectAll(context,
+              {
+                  {"52 * 1.25 + 0.01", "65.01"},
+                  {"3.3 * 3", "9.9"},
+                  {"0.1 + 0.2 = 0.3", "1"},
+                  {"123456789012345678", "123456789012345678"},
+                  {"123456789012345678901234567890 + 1", "123456789012345678901234567891"},
+                  {"10 / 3", "3.3333333333333333"},
+                  {"2 / 3", "0.6666666666666667"},
+                  {"1 / 8", "0.125"},
+                  {"1 / 10 ^ 17", "0"},
+                  {"SetPrecision ( 1 / 7 ; 20 )", "0.14285714285714285714"},
+                  {"SetPrecision ( 1 / 3 ; 3 )", "0.3333333333333333"},
+                  {"SetPrecision ( 1 / 3 ; 20 ) & \" \" & 1 / 3",
+                   "0.33333333333333333333 0.3333333333333333"},
+                  {"Length ( SetPrecision ( 1 / 3 ; 1000 ) )", "402"},
+                  {"Sqrt ( 2 )", "1.414213562373095"},
+                  {"SetPrecision ( Sqrt ( 2 ) ; 30 )", "1.41421356237309504880168872421"},
+                  {"Round ( 2.675 ; 2 )", "2.68"},
+                  {"Round ( -2.675 ; 2 )", "-2.68"},
+                  {"Round ( -0.4 ; 0 )", "0"},
+                  {"Truncate ( -2.675 ; 2 )", "-2.67"},
+                  {"Mod ( 1.1 ; 0.2 )", "0.1"},
+                  {"Div ( 0.3 ; 0.1 )", "3"},
+                  {"Mod ( -7.5 ; 2 )", "0.5"},
+                  {"Average ( 1 ; 2 ; 2 )", "1.6666666666666667"},
+                  {"Sum ( 0.1 ; 0.2 ; 0.3 )", "0.6"},
+                  {"Max ( 0.30000000000000001 ; 0.3 )", "0.30000000000000001"},
+                  {"-0", "0"},
+                  {"0 * -1", "0"},
+                  {"-0.0 * 5 & Abs ( -0 )", "00"},
+                  {"10 ^ 30", "1000000000000000000000000000000"},
+                  {"1e-30", "0.000000000000000000000000000001"},
+                  {"0.000000000000000000001 * 3", "0.000000000000000000003"},
+                  {"2 ^ 100", "1267650600228229401496703205376"},
+                  {"1.1 ^ 2 & \" \" & 2 ^ -1 & \" \" & 2 ^ 0.5", "1.21 0.5 1.414213562373095"},
+                  {"(-8) ^ ( 1 / 3 ) & 0 ^ -1", "??"},
+                  {"(-1) ^ 1e300 & (-1) ^ 3 & 1 ^ 0.5 & 0.9999999 ^ 1e300", "1-110"},
+                  {"10 ^ 400 & Exp ( 1000 )", "??"},
+                  {"Exp ( 1 ) & \" \" & Ln ( Exp ( 2 ) )", "2.7182818284590452 2"},
+                  {"Log ( 1000 ) & Lg ( 8 ) & Ln ( 0 )", "33?"},
+                  {"GetAsNumber ( \"12345678901234567890.125\" ) * 8", "98765431209876543121"},
+                  {"GetAsNumber ( GetAsTimestamp ( \"1/1/2020 10:00:00.5\" ) )", "63713469600.5"},
+                  {"GetAsTimestamp ( \"1/1/2020 10:00:00.5\" ) + 0.25", "1/1/2020 10:00:00.75 AM"},
+              });
+    // 400 significant digits, and nothing from 10^400 on.
+    const struct {
+        std::string calculation;
+        std::string expected;
+    } large[] = {
+        {fourHundredNines + " + 1", "?"},
+        {fourHundredNines + " - " + fourHundredNines, "0"},
+        {fourHundredNines + " * 1", fourHundredNines},
+        {std::string("1").append(399, '0').append(" + 1"),
+         std::string("1").append(398, '0').append("1")},
+        {tenToThe400 + " + 0", ""},  // the literal itself is out of range: error 1218
+        {std::string("0.").append(399, '0').append("1 * 10"),
+         std::string("0.").append(398, '0').append("1")},
+    };
+    for (const auto& c : large) {
+        const calc_test::Outcome out = run(context, c.calculation);
+        EXPECT_EQ(out.text, c.expected) << c.calculation;
+    }
+}
+
+// Short divisions run on machine integers, long ones (here: 40 places) on the decimal type; both
+// must round the same quotient the same way.
+TEST(CalcTest, DivisionPathsAgree) {
+    FakeContext context;
+    std::mt19937 random(15);
+    std::uniform_int_distribution<int> digits(-999999, 999999);
+    std::uniform_int_distribution<int> scale(0, 6);
+    for (int i = 0; i < 300; ++i) {
+        const std::string x = std::to_string(digits(random)) + "e-" + std::to_string(scale(random));
+        std::string y = std::to_string(digits(random)) + "e-" + std::to_string(scale(random));
+        if (y.rfind("0e", 0) == 0) y = "7";
+        const std::string direct = run(context, x + " / " + y).text;
+        const std::string viaLong =
+            run(context, "Round ( SetPrecision ( " + x + " / " + y + " ; 40 ) ; 16 )").text;
+        EXPECT_EQ(direct, viaLong) << x << " / " << y;
+    }
+}
+
+// Angles in radians, results to the current precision; out of the domain gives "?". The
+// examples of the host's own function reference.
+TEST(CalcTest, Trigonometry) {
+    FakeContext context;
+    expectAll(context, {
+                           {"Pi", "3.1415926535897932"},
+                           {"Round ( Pi ; 3 )", "3.142"},
+                           {"SetPrecision ( Pi ; 30 )", "3.14159265358979323846264338328"},
+                           {"Cos ( 0 )", "1"},
+                           {"Cos ( 0.5 )", "0.8775825618903727"},
+                           {"Cos ( Radians ( 60 ) )", "0.5"},
+                           {"Cos ( Radians ( 180 ) )", "-1"},
+                           {"Sin ( Radians ( 30 ) )", "0.5"},
+                           {"Sin ( Pi / 2 )", "1"},
+                           {"Tan ( Radians ( 45 ) )", "1"},
+                           {"Atan ( 1 )", "0.7853981633974483"},
+                           {"Asin ( 0.5 )", "0.5235987755982989"},
+                           {"Acos ( 0.5 )", "1.0471975511965977"},
+                           {"Asin ( 2 ) & Acos ( -1.5 )", "??"},
+                           {"Degrees ( 3.14159 )", "179.9998479605042884"},
+                           {"Radians ( 180 )", "3.1415926535897932"},
+                           {"IsEmpty ( Sin ( \"\" ) )", "1"},
+                       });
+    for (int i = 0; i < 50; ++i) {
+        const double r = std::stod(run(context, "Random").text);
+        EXPECT_TRUE(r >= 0 && r < 1) << r;
+    }
+}
+
 TEST(CalcTest, DatesTimesAndTimestamps) {
     FakeContext context;
     expectAll(
@@ -241,6 +362,8 @@ TEST(CalcTest, DatesTimesAndTimestamps) {
             {"Date ( 13 ; 1 ; 2023 )", "1/1/2024"},
             {"Date ( 3 ; 0 ; 2024 )", "2/29/2024"},
             {"Date ( 1 ; 31 ; 2024 ) + 1", "2/1/2024"},
+            {"Date ( 1 ; 31 ; 2024 ) - 1.5", "1/30/2024"},
+            {"Time ( 1 ; 0 ; 0 ) - 0.000001", "12:59:59.999999 AM"},
             {"Date ( 3 ; 1 ; 2024 ) - Date ( 2 ; 1 ; 2024 )", "29"},
             {"Date ( 1 ; 1 ; 0 )", "?"},
             {"Time ( 13 ; 5 ; 0 )", "1:05:00 PM"},

@@ -45,7 +45,7 @@ fmx::errcode fileThroughCurrentEnv(short, const fmx::ExprEnv&, const fmx::DataVe
 // Fake_Get ( selector ): the host's answer to EvaluateGetFunction, or the error code as text.
 fmx::errcode getFunction(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
                          fmx::Data& result) {
-    const auto selector = static_cast<short>(sim::valuesOf(args).at(0).asNumber().value);
+    const auto selector = static_cast<short>(sim::valuesOf(args).at(0).asNumber().toDouble());
     const fmx::errcode error = env.EvaluateGetFunction(selector, result);
     if (error)
         sim::setValue(result, sim::Value::text(u"error " + sim::fromUtf8(std::to_string(error))));

@@ -37,7 +37,7 @@ short registerAnswer(short id, std::u16string_view name) {
 }
 
 short argumentId(const fmx::DataVect& args) {
-    return static_cast<short>(sim::valuesOf(args).at(0).asNumber().value);
+    return static_cast<short>(sim::valuesOf(args).at(0).asNumber().toDouble());
 }
 
 // Fake_Drop ( id ): unregisters id.

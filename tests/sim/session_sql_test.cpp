@@ -181,7 +181,7 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
         {R"(ExecuteSQL ( "SELECT i, r, s, d, tm, ts, n, bad FROM t" ; "|" ; "" ))",
          "42|2.5|héllo 😀|2024-01-31|13:05:00|2024-01-31 13:05:00||not a date"},
         {R"(ExecuteSQL ( "SELECT 1.0 / 3, -0.5, 1e20, 123456789012" ; " " ; "" ))",
-         "0.3333333333333333 -0.5 100000000000000000000 123456789012"},
+         "0.333333333333333 -0.5 100000000000000000000 123456789012"},
         // Arguments of each type, bound in order.
         {R"(ExecuteSQL ( "SELECT ? + 1, ?, ?, ?, ?, ? IS NULL" ; "," ; "" ; 41 ; "x" ;
              Date ( 2 ; 29 ; 2024 ) ; Time ( 13 ; 5 ; 0 ) ;
@@ -189,6 +189,12 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
          "42,x,2024-02-29,13:05:00,2024-01-31 08:00:00.5,1"},
         {R"(ExecuteSQL ( "SELECT v FROM pairs WHERE k = ?" ; "" ; "" ; 1 + 1 ))", "b, c"},
         {R"(ExecuteSQL ( "SELECT ? || ?" ; "" ; "" ; "🦀" ; 0.25 ))", "🦀0.25"},
+        // REAL values as SQLite itself shows them; numbers bound keep their decimal text.
+        {R"(ExecuteSQL ( "SELECT 52 * 1.25 + 0.01, 0.1 + 0.2, 9007199254740993, 1e-5" ; " " ; "" ))",
+         "65.01 0.3 9007199254740993 0.00001"},
+        {R"(ExecuteSQL ( "SELECT ?, typeof ( ? ), ?, typeof ( ? ), ?" ; " " ; "" ; 65.01 ; 65.01 ;
+             0.12345678901234567 ; 0.12345678901234567 ; 123456789012345678 ))",
+         "65.01 real 0.12345678901234567 text 123456789012345678"},
         // Markers without arguments are NULL; arguments without markers are ignored.
         {R"(ExecuteSQL ( "SELECT ? IS NULL" ; "" ; "" ))", "1"},
         {R"(ExecuteSQL ( "SELECT 7" ; "" ; "" ; 1 ; 2 ))", "7"},

@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <charconv>
 #include <cmath>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -16,69 +14,30 @@ namespace {
 
 std::string utf8(std::u16string_view s) { return toUtf8(s); }
 
+Number decimalOf(const char* text) { return parseDecimal(text).value(); }
+
 TEST(Number, TextForm) {
     struct Case {
         Number n;
         const char* text;
     };
+    Number twoThirds = decimalOf("0.6666666666666667");
+    twoThirds.precision = 2;
     const Case cases[] = {
-        {{0.1 + 0.2}, "0.3"},
-        {{1.0 / 3}, "0.3333333333333333"},
-        {{1e20}, "100000000000000000000"},
-        {{-0.5}, "-0.5"},
-        {{0.5}, "0.5"},
-        {{-0.0}, "0"},
-        {{-42}, "-42"},
-        {{999999999999999}, "999999999999999"},
-        {{1e-7}, "0.0000001"},
-        {{123456789012345678.0}, "123456789012345700"},
-        {{2.0 / 3, false, 2}, "0.67"},
-        {{0, true}, ""},
+        {decimalOf("1e20"), "100000000000000000000"},
+        {decimalOf("-0.5"), "-0.5"},
+        {decimalOf(".5"), "0.5"},
+        {decimalOf("-0"), "0"},
+        {decimalOf("-42.000"), "-42"},
+        {decimalOf("1e-7"), "0.0000001"},
+        {decimalOf("123456789012345678"), "123456789012345678"},
+        {decimalOf("1.5e-30"), "0.0000000000000000000000000000015"},
+        {Number::fromDouble(0.1 + 0.2), "0.30000000000000004"},
+        {Number::fromScaled(-1500, -3), "-1.5"},
+        {twoThirds, "0.67"},
+        {Number::none(), ""},
     };
     for (const auto& c : cases) EXPECT_EQ(utf8(formatNumber(c.n)), c.text);
-}
-
-// Between 1e-4 and 1e15 the text form is exactly what printf's %.16g gives, ties included (the
-// general conversion writes no exponent there).
-TEST(Number, TextFormAgreesWithTheGeneralConversion) {
-    auto reference = [](double d) {
-        char buf[64];
-        char* end = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::general, 16).ptr;
-        return std::string(buf, end);
-    };
-    std::vector<double> samples = {
-        1e-4,
-        0.00012207031250000005,
-        9.999999999999999e14,
-        999999999999999.875,
-        12345678901.234375,  // 17 digits ending in 5: a tie rounded to even
-        12345678901.171875,
-        0.1,
-        0.7,
-        9.1,
-        99.99999999999999,
-        1.0000000000000002,
-        8.000000000000002,
-        9.999999999999998,
-        5e-5 * 3,
-        1234.5678,
-    };
-    std::mt19937_64 random(20261121);
-    std::uniform_real_distribution<double> exponent(-4, 15);
-    std::uniform_real_distribution<double> unit(1, 10);
-    for (int i = 0; i < 20000; ++i)
-        samples.push_back(unit(random) * std::pow(10, exponent(random)));
-    for (int k = 1; k < 40; ++k)  // dyadic fractions, whose digits end exactly
-        samples.push_back(std::ldexp(static_cast<double>(random() >> 11), -k));
-    // Powers of ten, the numbers just below, and whole numbers.
-    for (double p = 1; p < 1e15; p *= 10) samples.insert(samples.end(), {p, p - 1, p + 7});
-    for (int i = 0; i < 1000; ++i)
-        samples.push_back(static_cast<double>(random() % 1000000000000000));
-    for (double d : samples) {
-        if (d < 1e-4 || d >= 1e15) continue;
-        ASSERT_EQ(utf8(formatNumber({d})), reference(d)) << d;
-        ASSERT_EQ(utf8(formatNumber({-d})), std::string("-").append(reference(d))) << d;
-    }
 }
 
 TEST(Number, ParsesTheWayGetAsNumberDoes) {
@@ -99,7 +58,7 @@ TEST(Number, ParsesTheWayGetAsNumberDoes) {
         SCOPED_TRACE(utf8(c.text));
         const Number n = parseNumber(c.text);
         EXPECT_EQ(n.empty, c.empty);
-        EXPECT_DOUBLE_EQ(n.value, c.value);
+        EXPECT_DOUBLE_EQ(n.toDouble(), c.value);
     }
 }
 
@@ -171,15 +130,15 @@ TEST(DateTime, Parsing) {
 TEST(Value, Conversions) {
     const Value date = Value::date(DateTime::fromYmd(2019, 10, 10));
     const Value stamp = Value::timestamp(DateTime::fromYmd(1970, 1, 1));
-    EXPECT_EQ(date.asNumber().value, 737342);
+    EXPECT_EQ(date.asNumber().toDouble(), 737342);
     EXPECT_EQ(utf8(date.asText().units()), "10/10/2019");
-    EXPECT_EQ(stamp.asNumber().value, 62135596800.0);
+    EXPECT_EQ(stamp.asNumber().toDouble(), 62135596800.0);
     EXPECT_EQ(utf8(Value::number(737342).as(Type::Date).asText().units()), "10/10/2019");
     EXPECT_EQ(utf8(Value::number(50000).as(Type::Timestamp).asText().units()),
               "1/1/0001 1:53:20 PM");
     EXPECT_EQ(utf8(Value::text(u"1/31/2024 1:05:00 PM").as(Type::Time).asText().units()),
               "1:05:00 PM");
-    EXPECT_EQ(Value::text(u"FY20").asNumber().value, 20);
+    EXPECT_EQ(Value::text(u"FY20").asNumber().toDouble(), 20);
     EXPECT_EQ(utf8(Value::boolean(true).asText().units()), "1");
     EXPECT_TRUE(Value::text(u"0.5").asBoolean());
     EXPECT_FALSE(Value::text(u"abc").asBoolean());
