@@ -171,19 +171,19 @@ Options parseArguments(const std::vector<std::string>& args) {
             if (name.empty()) throw UsageError("--open needs a file name");
             o.session.otherFiles.push_back(name);
         } else if (option == "--script") {
-            const std::string spec = value();
-            const auto eq = spec.find('=');
+            const std::string definition = value();
+            const auto eq = definition.find('=');
             if (eq == std::string::npos || eq == 0) {
-                throw UsageError("--script needs NAME=CALC, not \"" + spec + "\"");
+                throw UsageError("--script needs NAME=CALC, not \"" + definition + "\"");
             }
-            const std::string name = spec.substr(0, eq);
+            const std::string name = definition.substr(0, eq);
             for (const auto& [given, calc] : o.session.scripts) {
                 if (folded(given) == folded(name)) {
                     throw UsageError("--script " + name + ": a script named " + given +
                                      " is already given (names ignore case)");
                 }
             }
-            o.session.scripts.emplace_back(name, spec.substr(eq + 1));
+            o.session.scripts.emplace_back(name, definition.substr(eq + 1));
         } else if (option == "--host-version") {
             o.session.hostVersion = parseShort(option, value());
         } else if (option == "--refuse") {
