@@ -26,7 +26,8 @@ while IFS= read -r line || [ -n "$line" ]; do
 done <"$here/calculations.txt"
 
 # One JSON object per line; each becomes "kind US text US error" (US: the unit separator,
-# which read does not merge), with returns shown as ¶.
+# which read does not merge; the error with its message when there is one), with returns shown
+# as ¶. Fields after the error (a position, the SQL engine's detail) are not shown.
 decode='
   sub unescape {
     my $s = shift;
@@ -38,8 +39,8 @@ decode='
   binmode STDOUT, ":utf8";
   while (<STDIN>) {
     utf8::decode($_);
-    if (/^\{"type": "(.*?)", "text": "((?:[^"\\]|\\.)*)", "error": (-?\d+)\}$/) {
-      print "result\x1f", unescape($2), "\x1f$3\n";
+    if (/^\{"type": "(.*?)", "text": "((?:[^"\\]|\\.)*)", "error": (-?\d+)(?:, "message": "((?:[^"\\]|\\.)*)")?(?:, .*)?\}$/) {
+      print "result\x1f", unescape($2), "\x1f$3", (defined $4 ? ": " . unescape($4) : ""), "\n";
     } elsif (/^\{"script": "((?:[^"\\]|\\.)*)", "file": "((?:[^"\\]|\\.)*)", "parameter": "((?:[^"\\]|\\.)*)"\}$/) {
       print "script\x1f", unescape($1), " in ", unescape($2), ", parameter \"", unescape($3), "\"\x1f0\n";
     } else {
@@ -66,7 +67,7 @@ i=0
   while IFS=$'\x1f' read -r kind text error; do
     case "$kind" in
       result)
-        [ "$error" != 0 ] && text="? (error $error)"
+        [ "${error%%:*}" != 0 ] && text="? (error $error)"
         printf '%-*s  %s\n' "$width" "${labels[$i]}" "$text"
         i=$((i + 1))
         ;;
