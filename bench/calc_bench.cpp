@@ -36,42 +36,32 @@ void valuesOfLongList(benchmark::State& state) {
 }
 BENCHMARK(valuesOfLongList)->RangeMultiplier(4)->Range(1 << 12, 1 << 18)->Complexity();
 
-void longConcatenation(benchmark::State& state) {
+// Evaluates `first` followed by range(0) copies of `term`: one long calculation.
+void evaluateRepeated(benchmark::State& state, std::u16string_view first,
+                      std::u16string_view term) {
     sim::fake::FakeContext context;
-    std::u16string calculation = u"\"\"";
-    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" & \"abcdefgh\"";
+    std::u16string calculation(first);
+    for (int64_t i = 0; i < state.range(0); ++i) calculation += term;
     for (auto _ : state) {
         const sim::calc::Result r = sim::calc::evaluate(calculation, context);
         benchmark::DoNotOptimize(r.error);
     }
     state.SetComplexityN(state.range(0));
+}
+
+void longConcatenation(benchmark::State& state) {
+    evaluateRepeated(state, u"\"\"", u" & \"abcdefgh\"");
 }
 BENCHMARK(longConcatenation)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity();
 
 // Decimal arithmetic: sums and products of short decimals (machine integers underneath), and
 // divisions rounded to 16 decimals (the decimal type's own division).
 void longArithmetic(benchmark::State& state) {
-    sim::fake::FakeContext context;
-    std::u16string calculation = u"0";
-    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" + 1.25 * 3.3 - 0.01";
-    for (auto _ : state) {
-        const sim::calc::Result r = sim::calc::evaluate(calculation, context);
-        benchmark::DoNotOptimize(r.error);
-    }
-    state.SetComplexityN(state.range(0));
+    evaluateRepeated(state, u"0", u" + 1.25 * 3.3 - 0.01");
 }
 BENCHMARK(longArithmetic)->RangeMultiplier(4)->Range(1 << 8, 1 << 14)->Complexity();
 
-void longDivision(benchmark::State& state) {
-    sim::fake::FakeContext context;
-    std::u16string calculation = u"0";
-    for (int64_t i = 0; i < state.range(0); ++i) calculation += u" + 10 / 3";
-    for (auto _ : state) {
-        const sim::calc::Result r = sim::calc::evaluate(calculation, context);
-        benchmark::DoNotOptimize(r.error);
-    }
-    state.SetComplexityN(state.range(0));
-}
+void longDivision(benchmark::State& state) { evaluateRepeated(state, u"0", u" + 10 / 3"); }
 BENCHMARK(longDivision)->RangeMultiplier(4)->Range(1 << 8, 1 << 12)->Complexity();
 
 }  // namespace
