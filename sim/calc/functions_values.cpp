@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <unordered_set>
@@ -147,19 +146,10 @@ public:
     Key keyOf(std::u16string_view value) const {
         Key k{std::u16string(value), std::nullopt};
         if (type_ == 1) return k;
-        const Value v = Value::text(std::u16string(value));
-        // Dates as days, times and timestamps as seconds: exact, and one kind per sort.
-        std::optional<Value> typed;
-        if (type_ == 2) {
-            if (!v.asNumber().empty) typed = v;
-        } else if (const std::optional<DateTime> dt = type_ == 3   ? v.tryDate()
-                                                      : type_ == 4 ? v.tryTime()
-                                                                   : v.tryTimestamp()) {
-            typed = type_ == 3   ? Value::date(*dt)
-                    : type_ == 4 ? Value::time(*dt)
-                                 : Value::timestamp(*dt);
-        }
-        if (typed) k.number = typed->asNumber();
+        // The data types 2 to 5 are the host's own type codes. Dates read as days, times and
+        // timestamps as seconds: exact, and one kind per sort.
+        const Value typed = Value::text(std::u16string(value)).as(static_cast<Type>(type_));
+        if (!typed.isEmpty()) k.number = typed.asNumber();
         return k;
     }
 
