@@ -76,11 +76,11 @@ fmx::errcode Ravelin_Decode(short, const fmx::ExprEnv& env, const fmx::DataVect&
         // Base64 is ASCII, one byte per unit; anything else read in its place decodes as zero
         // bits like any other character outside the alphabet.
         std::unique_ptr<char[]> buffer;
-        bytesOf(text, 1, fmx::kEncoding_Native, buffer);
+        const std::size_t read = bytesOf(text, 1, fmx::kEncoding_Native, buffer).size();
         fmx::TextUniquePtr output;
         if (units > 0) {
             // Past a zero byte the buffer holds zeros, as the host wrote them.
-            std::fill(buffer.get() + std::strlen(buffer.get()), buffer.get() + units + 1, '\0');
+            std::fill(buffer.get() + read, buffer.get() + units + 1, '\0');
             const std::string decoded = B64_Decode({buffer.get(), units});
             if (!decoded.empty()) output->Assign(decoded, fmx::kEncoding_UTF8);
         }

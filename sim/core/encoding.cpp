@@ -91,6 +91,9 @@ const ByteTable* byteTable(int32_t encoding) {
     }
 }
 
+// Conversions work through blocks this long, which stay in the cache between passes.
+constexpr size_t kBlock = 4096;
+
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
 bool isLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
 bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
@@ -108,12 +111,15 @@ size_t asciiBytes(const char* s, size_t n) {
     return i;
 }
 
+// Whole blocks of sixteen ASCII units, then single units: only the caller knows whether what
+// follows is worth another look.
 size_t asciiUnits(const char16_t* s, size_t n) {
+    constexpr uint64_t kHighBits = 0xFF80FF80FF80FF80u;
     size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        char16_t any = 0;
-        for (size_t k = 0; k < 8; ++k) any |= s[i + k];
-        if (any >= 0x80) break;
+    for (; i + 16 <= n; i += 16) {
+        uint64_t block[4];
+        std::memcpy(block, s + i, sizeof block);
+        if ((block[0] | block[1] | block[2] | block[3]) & kHighBits) break;
     }
     while (i < n && s[i] < 0x80) ++i;
     return i;
@@ -142,6 +148,19 @@ char32_t nextUtf8(std::string_view s, size_t& i) {
     }
     if (c < min || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return kReplacement;
     return c;
+}
+
+// nextUtf8, with the two-byte sequences of most accented letters taken first.
+char32_t nextCharacter(std::string_view s, size_t& i) {
+    const auto lead = static_cast<unsigned char>(s[i]);
+    if (lead >= 0xC2 && lead <= 0xDF && i + 1 < s.size()) {
+        const auto next = static_cast<unsigned char>(s[i + 1]);
+        if (isContinuation(next)) {
+            i += 2;
+            return (char32_t{lead} & 0x1F) << 6 | (next & 0x3F);
+        }
+    }
+    return nextUtf8(s, i);
 }
 
 // Writes one code point as UTF-16 units; answers the number written.
@@ -187,23 +206,42 @@ void putUtf8(char* out, char32_t c) {
     }
 }
 
+// Writes the character at units[i], which is not ASCII, if it fits; advances i and written.
+bool putCharacter(std::u16string_view units, size_t& i, char* out, size_t& written, size_t room) {
+    // Latin, Greek, Cyrillic, Hebrew and Arabic letters take two bytes: the common case first.
+    if (const char16_t u = units[i]; u < 0x800) {
+        if (room - written < 2) return false;
+        out[written] = static_cast<char>(0xC0 | (u >> 6));
+        out[written + 1] = static_cast<char>(0x80 | (u & 0x3F));
+        written += 2;
+        ++i;
+        return true;
+    }
+    size_t taken = 0;
+    const char32_t c = nextCodePoint(units, i, taken);
+    const size_t length = utf8Length(c);
+    if (length > room - written) return false;
+    putUtf8(out + written, c);
+    written += length;
+    i += taken;
+    return true;
+}
+
 size_t utf8Into(std::u16string_view units, char* out, size_t room) {
     size_t written = 0;
     for (size_t i = 0; i < units.size();) {
-        const char16_t u = units[i];
-        if (u < 0x80) {
+        // An ASCII run is found a block at a time and narrowed while it is still in the cache.
+        const size_t block = std::min({units.size() - i, room - written, kBlock});
+        const size_t run = asciiUnits(units.data() + i, block);
+        const char16_t* from = units.data() + i;
+        for (size_t k = 0; k < run; ++k) out[written + k] = static_cast<char>(from[k]);
+        i += run;
+        written += run;
+        if (run == block) {
             if (written == room) break;
-            out[written++] = static_cast<char>(u);
-            ++i;
             continue;
         }
-        size_t taken = 0;
-        const char32_t c = nextCodePoint(units, i, taken);
-        const size_t length = utf8Length(c);
-        if (length > room - written) break;
-        putUtf8(out + written, c);
-        written += length;
-        i += taken;
+        if (!putCharacter(units, i, out, written, room)) break;
     }
     return written;
 }
@@ -229,19 +267,26 @@ size_t singleByteInto(const ByteTable& table, std::u16string_view units, char* o
 bool isSingleByte(int32_t encoding) { return encoding >= 2 && encoding <= 5; }
 
 std::u16string fromUtf8(std::string_view s) {
-    std::u16string out(s.size(), u'\0');  // never more units than bytes
+    // Converted a block at a time through a buffer in the cache: the result is written once,
+    // never filled first.
+    std::array<char16_t, kBlock + 4> buffer;
+    std::u16string out;
+    out.reserve(s.size());  // never more units than bytes
     size_t i = 0;
-    size_t written = 0;
     while (i < s.size()) {
-        const size_t run = asciiBytes(s.data() + i, s.size() - i);
-        const auto* from = reinterpret_cast<const unsigned char*>(s.data() + i);
-        char16_t* to = out.data() + written;
-        for (size_t k = 0; k < run; ++k) to[k] = from[k];
-        i += run;
-        written += run;
-        if (i < s.size()) written += putUnits(out.data() + written, nextUtf8(s, i));
+        const size_t end = i + std::min(s.size() - i, kBlock);
+        size_t filled = 0;
+        while (i < end) {
+            const size_t run = asciiBytes(s.data() + i, end - i);
+            const auto* from = reinterpret_cast<const unsigned char*>(s.data() + i);
+            for (size_t k = 0; k < run; ++k) buffer[filled + k] = from[k];
+            i += run;
+            filled += run;
+            // A sequence may end past the block; it still gives fewer units than bytes.
+            if (i < end) filled += putUnits(buffer.data() + filled, nextCharacter(s, i));
+        }
+        out.append(buffer.data(), filled);
     }
-    out.resize(written);
     return out;
 }
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
+#include <vector>
 
 #include "sim/core/encoding.h"
 
@@ -40,10 +42,20 @@ TEST(Encoding, MarksWhatCannotBeRepresented) {
     EXPECT_EQ(fromUtf8("\xED\xA0\x80"), u"\uFFFD");  // an encoded surrogate is malformed
 }
 
-// ASCII runs are converted a block at a time: characters on either side of a block boundary,
-// and a lone surrogate there, must come out as they do one at a time.
+// The position where the character holding byte `k` of UTF-8 `bytes` starts.
+size_t characterStart(const std::string& bytes, size_t k) {
+    while (k > 0 && k < bytes.size() && (static_cast<unsigned char>(bytes[k]) & 0xC0) == 0x80) --k;
+    return k;
+}
+
+// Conversions work on ASCII runs and blocks of text: characters on either side of a run or block
+// boundary, and a lone surrogate there, must come out as they do one at a time, and a buffer too
+// small takes whole characters only.
 TEST(Encoding, RunsOfAsciiAroundOtherCharacters) {
-    for (size_t before = 0; before <= 17; ++before) {
+    std::vector<size_t> lengths(18);
+    for (size_t n = 0; n < lengths.size(); ++n) lengths[n] = n;
+    lengths.insert(lengths.end(), {4093, 4094, 4095, 4096, 4097});
+    for (const size_t before : lengths) {
         for (const std::u16string other : {u"\u00e9", u"\u20ac", u"\U0001F600", u"\xD800"}) {
             const std::u16string units = std::u16string(before, u'a') + other + u"bcdefghij";
             SCOPED_TRACE(before);
@@ -53,6 +65,11 @@ TEST(Encoding, RunsOfAsciiAroundOtherCharacters) {
                 other == u"\xD800" ? std::u16string(before, u'a') + u"\uFFFD" + u"bcdefghij"
                                    : units;
             EXPECT_EQ(fromUtf8(bytes), back);
+            for (size_t room = before > 4 ? before - 4 : 0; room <= before + 5; ++room) {
+                std::string out(room, '\0');
+                EXPECT_EQ(encodeInto(units, 0, out.data(), room), characterStart(bytes, room))
+                    << room;
+            }
         }
     }
 }
