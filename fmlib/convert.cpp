@@ -34,8 +34,10 @@ namespace fmlib {
 std::string StringFromFmText(const fmx::Text& text) {
     const std::size_t units = text.GetSize();
     if (units == 0) return {};
+    // Two bytes per unit for the text, and one more for the terminator the host writes, so
+    // that a text of one- and two-byte characters always comes back whole.
     const std::size_t bytes =
-        std::min<std::size_t>(2 * units, std::numeric_limits<fmx::uint32>::max());
+        std::min<std::size_t>(2 * units + 1, std::numeric_limits<fmx::uint32>::max());
     std::vector<char> buffer(bytes, '\0');
     text.GetBytes(buffer.data(), static_cast<fmx::uint32>(bytes), 0, fmx::kSize_End,
                   fmx::kEncoding_UTF8);

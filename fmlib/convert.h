@@ -9,9 +9,9 @@
 
 namespace fmlib {
 
-// The text as UTF-8, read into a zero-filled buffer of two bytes per UTF-16 unit and ending at
-// the first zero byte. Characters of three UTF-8 bytes per unit can fill that buffer before the
-// end of the text, which then comes back cut.
+// The text as UTF-8, read into a zero-filled buffer of two bytes per UTF-16 unit (plus the
+// host's terminator) and ending at the first zero byte. Characters of three UTF-8 bytes per unit
+// can fill that buffer before the end of the text, which then comes back cut.
 std::string StringFromFmText(const fmx::Text& text);
 
 // One wide character per UTF-16 unit (surrogate pairs stay two halves), up to the first zero.

@@ -63,7 +63,11 @@ TEST_F(Fmlib, Utf8IsCutAtTwoBytesPerUnit) {
     const struct {
         std::u16string text;
         std::string utf8;
-    } whole_cases[] = {{u"", ""}, {u"abc", "abc"}, {u"\u00E9t\u00E9", "\xC3\xA9t\xC3\xA9"}};
+    } whole_cases[] = {{u"", ""},
+                       {u"abc", "abc"},
+                       {u"\u00E9t\u00E9", "\xC3\xA9t\xC3\xA9"},
+                       {u"\u00E9", "\xC3\xA9"},  // exactly two bytes per unit
+                       {u"a\u20AC", "a\xE2\x82\xAC"}};
     for (const auto& c : whole_cases) {
         EXPECT_EQ(fmlib::StringFromFmText(*makeText(c.text)), c.utf8);
         EXPECT_EQ(StringFromFmText(makeText(c.text)), c.utf8);

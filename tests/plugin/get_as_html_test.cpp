@@ -245,9 +245,8 @@ TEST_F(GetAsHTML, MergesNeighboursOfEqualAppearance) {
          "Ravelin_GetAsHTML ( TextStyleAdd ( \"a\" ; Bold ) & TextStyleAdd ( \"bé\" ; Bold + "
          "Italic ) & TextStyleAdd ( \"c\" ; Bold ) ; \"\" ; \"\" ; \"bold\" )",
          span("font-weight:bold;", "abéc"),
-         // The trace converts character by character as the host converts a text, into two
-         // bytes per unit with room for the end: "é" does not fit.
-         "Merging 2 fragments: 'a' + 'b' \nMerging 2 fragments: 'ab' + 'c' \n"},
+         // The trace converts character by character, into two bytes per unit: "é" fits.
+         "Merging 2 fragments: 'a' + 'bé' \nMerging 2 fragments: 'abé' + 'c' \n"},
         {"joined by tag",
          "Ravelin_GetAsHTML ( TextStyleAdd ( \"a\" ; Bold ) & TextStyleAdd ( \"b\" "
          "; Bold + Italic ) ; \"bold=b\" ; \"\" ; \"\" )",

@@ -61,8 +61,8 @@ TEST_F(MergeText, FillsTemplates) {
         {"unicode around spans", "héllo 😀 <<\"wörld\">> 😀", "héllo 😀 wörld 😀", "", ""},
         {"a non-ASCII result from the cache", "<<Upper ( \"émile\" )>> <<Upper ( \"émile\" )>>",
          "ÉMILE ÉMILE", "", ""},
-        // The cache reads UTF-8 into two bytes per unit, its terminating zero included.
-        {"a short non-ASCII result is cut in the cache", "<<\"é\">>/<<\"é\">>", "é/", "", ""},
+        // The cache reads UTF-8 into two bytes per unit: enough for a two-byte character.
+        {"a short non-ASCII result from the cache", "<<\"é\">>/<<\"é\">>", "é/é", "", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
