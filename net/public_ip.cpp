@@ -157,10 +157,11 @@ std::int32_t connectWithRetries(const addrinfo& to, Socket& connected) {
 
 std::int32_t ReadAddress(std::int32_t method, std::string_view answer, AddressText& out) {
     const Rule& rule = kRules[indexOf(method)];
-    answer = answer.substr(0, answer.find('\0'));
     char address[kAddressSize] = {};
     std::int32_t status = kNoAddress;
-    const std::size_t at = answer.find(rule.marker);
+    // The marker is searched as in a C string, up to the first zero byte; the address is read
+    // from the bytes as received, a zero byte among them being one more character.
+    const std::size_t at = answer.substr(0, answer.find('\0')).find(rule.marker);
     if (at != std::string_view::npos) {
         const std::string_view rest = answer.substr(at + std::strlen(rule.marker));
         // The reading runs on past the data as into a zero-filled buffer.

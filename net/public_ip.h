@@ -47,8 +47,8 @@ inline constexpr int kReceiveWaitMs = 5000;
 using AddressText = std::array<char, 17>;
 
 // Reads the address after the method's marker in `answer` (the raw bytes, headers included; the
-// text ends at the first zero byte). Writes what was read to `out`, even on failure, and returns
-// kFound or kNoAddress.
+// marker counts only before the first zero byte). Writes what was read to `out`, even on failure,
+// and returns kFound or kNoAddress.
 std::int32_t ReadAddress(std::int32_t method, std::string_view answer, AddressText& out);
 
 // Asks the method's endpoint of `endpoints` and reads the address from its answer into `out`.

@@ -6,7 +6,10 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "fmlib/convert.h"
 #include "frame/answers.h"
@@ -22,18 +25,21 @@ constexpr std::size_t kServiceSize = 32;
 }  // namespace
 
 std::string IPForName(std::string hostName) {
-    addrinfo hints{};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(hostName.c_str(), nullptr, &hints, &found) != 0 || found == nullptr) {
-        return kNoIPForHost;
+    // Not getaddrinfo: it sorts the addresses by route and prefix, and the answer is the first
+    // address in the resolver's own order.
+    hostent entry{};
+    hostent* found = nullptr;
+    int error = 0;
+    std::vector<char> work(1024);
+    while (gethostbyname2_r(hostName.c_str(), AF_INET, &entry, work.data(), work.size(), &found,
+                            &error) == ERANGE) {
+        work.resize(work.size() * 2);
     }
+    if (found == nullptr || found->h_addr_list[0] == nullptr) return kNoIPForHost;
+    in_addr address{};
+    std::memcpy(&address, found->h_addr_list[0], sizeof address);
     char text[INET_ADDRSTRLEN] = {};
-    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
-    const bool converted = inet_ntop(AF_INET, &address->sin_addr, text, sizeof text) != nullptr;
-    freeaddrinfo(found);
-    if (!converted) return kNoIPForHost;
+    if (inet_ntop(AF_INET, &address, text, sizeof text) == nullptr) return kNoIPForHost;
     return std::string(text).substr(0, kMaxAddressText);
 }
 

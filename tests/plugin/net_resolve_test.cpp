@@ -45,6 +45,24 @@ TEST(Resolve, FailuresComeBackAsMessages) {
     EXPECT_EQ(slib::IPForName(""), "Cannot retrieve IP for host");
 }
 
+// The name server's order stands, whatever the addresses: no sorting by route or prefix.
+TEST(Resolve, IPForNameGivesTheFirstAddressListed) {
+    const struct {
+        std::vector<const char*> listed;
+        const char* first;
+    } cases[] = {
+        {{"198.51.100.7", "192.0.2.9", "127.0.0.2"}, "198.51.100.7"},
+        {{"203.0.113.250", "127.0.0.2", "10.1.2.3"}, "203.0.113.250"},
+        {{"10.1.2.3", "192.0.2.9"}, "10.1.2.3"},
+    };
+    for (const auto& c : cases) {
+        std::vector<in_addr_t> addresses;
+        for (const char* a : c.listed) addresses.push_back(inet_addr(a));
+        const net_test::LoopbackResolver several(0, addresses);
+        EXPECT_EQ(slib::IPForName("several.example"), c.first) << c.first;
+    }
+}
+
 TEST(Resolve, ThroughTheHost) {
     sim::SessionOptions o;
     o.pluginPath = RAVELIN_PLUGIN_PATH;

@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace net_test {
 
@@ -95,10 +96,12 @@ private:
 };
 
 // Points the calling thread's resolver at a loopback name server that answers every question
-// with `rcode` (3: no such name, 2: server failure); the hosts file is still read first.
+// with `rcode` (3: no such name, 2: server failure; 0: every name has the IPv4 `addresses`, in
+// this order, and no others); the hosts file is still read first.
 class LoopbackResolver {
 public:
-    explicit LoopbackResolver(unsigned char rcode) : rcode_(rcode) {
+    explicit LoopbackResolver(unsigned char rcode, std::vector<in_addr_t> addresses = {})
+        : rcode_(rcode), addresses_(std::move(addresses)) {
         sockaddr_in address{};
         fd_ = boundLoopbackSocket(SOCK_DGRAM, address);
         thread_ = std::thread([this] { serve(); });
@@ -123,15 +126,35 @@ private:
         ssize_t n = 0;
         while ((n = recvfrom(fd_, packet, sizeof packet, 0, reinterpret_cast<sockaddr*>(&from),
                              &size)) >= 12) {
-            packet[2] |= 0x80;          // a response
-            packet[3] = 0x80 | rcode_;  // recursion available, the chosen answer code
-            sendto(fd_, packet, static_cast<std::size_t>(n), 0, reinterpret_cast<sockaddr*>(&from),
-                   size);
+            std::string answer(reinterpret_cast<char*>(packet), static_cast<std::size_t>(n));
+            answer[2] = static_cast<char>(packet[2] | 0x80);  // a response
+            answer[3] = static_cast<char>(0x80 | rcode_);     // recursion available, the code
+            addRecords(answer);
+            sendto(fd_, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr*>(&from), size);
             size = sizeof from;
         }
     }
 
+    // The A records of an A question, after the question; nothing else in the answer.
+    void addRecords(std::string& answer) const {
+        std::size_t end = 12;
+        while (end < answer.size() && answer[end] != 0) end += 1 + std::size_t(answer[end]);
+        end += 5;  // the root label, type and class
+        if (end > answer.size()) return;
+        answer.resize(end);
+        answer.replace(6, 6, 6, '\0');  // no answer, authority or additional records yet
+        const bool typeA = answer[end - 4] == 0 && answer[end - 3] == 1;
+        if (rcode_ != 0 || !typeA) return;
+        answer[7] = static_cast<char>(addresses_.size());
+        for (const in_addr_t a : addresses_) {
+            // The question's name by pointer, type A, class IN, a minute to live, four bytes.
+            answer.append("\xC0\x0C\0\x01\0\x01\0\0\0\x3C\0\x04", 12);
+            answer.append(reinterpret_cast<const char*>(&a), 4);
+        }
+    }
+
     unsigned char rcode_;
+    std::vector<in_addr_t> addresses_;
     int fd_ = -1;
     std::thread thread_;
 };
