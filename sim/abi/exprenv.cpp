@@ -55,6 +55,8 @@ Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
                                                                     : env.scriptParameter;
         case 1026:  // ScriptName
             return Value::text(env.scriptName);
+        case 1041:  // LastExternalErrorDetail
+            return Value::text(host.externalErrorDetail(sim::HostContext(host, env).fileName()));
         case fmx::kGet_ApplicationVersion:
         case 1090:  // HostApplicationVersion
             return Value::text(host.applicationVersion());

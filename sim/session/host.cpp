@@ -165,6 +165,17 @@ std::optional<std::vector<std::u16string>> Host::scriptNames(std::u16string_view
     return names;
 }
 
+void Host::setExternalErrorDetail(std::u16string_view file, std::u16string detail) {
+    std::lock_guard lock(mutex_);
+    if (auto f = findFileLocked(file)) f->externalErrorDetail = std::move(detail);
+}
+
+std::u16string Host::externalErrorDetail(std::u16string_view file) const {
+    std::lock_guard lock(mutex_);
+    auto f = findFileLocked(file);
+    return f ? f->externalErrorDetail : std::u16string();
+}
+
 std::shared_ptr<Database> Host::database(std::u16string_view file) const {
     std::lock_guard lock(mutex_);
     auto f = findFileLocked(file);
