@@ -14,12 +14,19 @@ using StreamType = std::array<char, 4>;
 
 constexpr StreamType kFileName{'F', 'N', 'A', 'M'};
 constexpr StreamType kFileData{'F', 'I', 'L', 'E'};
+constexpr StreamType kImageSize{'S', 'I', 'Z', 'E'};
 // What the errcode-returning BinaryData calls answer for an index, offset or size out of range.
 constexpr fmx::errcode kBadRequest = 5;
 
 uint8_t byteAt(const QuadCharObj& q, int i) {
     require(i >= 0 && i < 4);
     return static_cast<uint8_t>(q.chars[static_cast<size_t>(i)]);
+}
+
+fmx::uint32 macTypeOf(const QuadCharObj& q) {
+    fmx::uint32 v = 0;
+    for (int i = 0; i < 4; ++i) v = (v << 8) | byteAt(q, i);
+    return v;
 }
 
 const Binary::Stream& streamAt(const Binary& b, fmx::int32 index) {
@@ -41,6 +48,23 @@ void putStream(Binary& b, const StreamType& type, std::string bytes) {
     } else {
         b.streams.push_back({type, std::move(bytes)});
     }
+}
+
+const Binary::Stream* findStream(const Binary& b, const StreamType& type) {
+    auto it = std::find_if(b.streams.begin(), b.streams.end(),
+                           [&](const Binary::Stream& s) { return s.type == type; });
+    return it == b.streams.end() ? nullptr : &*it;
+}
+
+// A stream being added piece by piece is named by its place plus one, so 0 is never valid.
+fmx::uint32 contextOf(const Binary& b, const StreamType& type) {
+    const Binary::Stream* s = findStream(b, type);
+    return static_cast<fmx::uint32>(s - b.streams.data()) + 1;
+}
+
+Binary::Stream* streamOfContext(Binary& b, fmx::uint32 context) {
+    if (context == 0 || context > b.streams.size()) return nullptr;
+    return &b.streams[context - 1];
 }
 
 }  // namespace
@@ -92,13 +116,33 @@ bool FM_QuadChar_operatorNE(const void* self, const fmx::QuadChar& value, _fmxcp
                  [&] { return abi::self<QuadCharObj>(self).chars != arg(value).chars; });
 }
 
+// Ordered as their bytes, unsigned, which is the order of their Mac types.
+FMX_API bool FM_QuadChar_operatorLT(const void* self, const fmx::QuadChar& value,
+                                    _fmxcpt& x) noexcept {
+    return guard(__func__, x,
+                 [&] { return macTypeOf(abi::self<QuadCharObj>(self)) < macTypeOf(arg(value)); });
+}
+
+FMX_API bool FM_QuadChar_operatorLE(const void* self, const fmx::QuadChar& value,
+                                    _fmxcpt& x) noexcept {
+    return guard(__func__, x,
+                 [&] { return macTypeOf(abi::self<QuadCharObj>(self)) <= macTypeOf(arg(value)); });
+}
+
+FMX_API bool FM_QuadChar_operatorGT(const void* self, const fmx::QuadChar& value,
+                                    _fmxcpt& x) noexcept {
+    return guard(__func__, x,
+                 [&] { return macTypeOf(abi::self<QuadCharObj>(self)) > macTypeOf(arg(value)); });
+}
+
+FMX_API bool FM_QuadChar_operatorGE(const void* self, const fmx::QuadChar& value,
+                                    _fmxcpt& x) noexcept {
+    return guard(__func__, x,
+                 [&] { return macTypeOf(abi::self<QuadCharObj>(self)) >= macTypeOf(arg(value)); });
+}
+
 fmx::uint32 FM_QuadChar_GetMacType(const void* self, _fmxcpt& x) noexcept {
-    return guard(__func__, x, [&] {
-        const QuadCharObj& q = abi::self<QuadCharObj>(self);
-        fmx::uint32 v = 0;
-        for (int i = 0; i < 4; ++i) v = (v << 8) | byteAt(q, i);
-        return v;
-    });
+    return guard(__func__, x, [&] { return macTypeOf(abi::self<QuadCharObj>(self)); });
 }
 
 void FM_QuadChar_SetMacType(void* self, fmx::uint32 value, _fmxcpt& x) noexcept {
@@ -149,6 +193,19 @@ fmx::BinaryData* FM_BinaryData_Constructor3(const fmx::Text& name, fmx::uint32 a
         auto b = std::make_unique<Binary>();
         b->streams.push_back({kFileName, toUtf8(arg(name).units())});
         b->streams.push_back({kFileData, bytesFrom(buffer, amount)});
+        return handleOf(b.release());
+    });
+}
+
+// The same file, its bytes to follow through AddAppend and AddFinish with the context given.
+FMX_API fmx::BinaryData* FM_BinaryData_Constructor4(const fmx::Text& name, fmx::uint32* context,
+                                                    _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&] {
+        require(context != nullptr);
+        auto b = std::make_unique<Binary>();
+        b->streams.push_back({kFileName, toUtf8(arg(name).units())});
+        b->streams.push_back({kFileData, std::string()});
+        *context = contextOf(*b, kFileData);
         return handleOf(b.release());
     });
 }
@@ -251,6 +308,84 @@ bool FM_BinaryData_Remove(void* self, const fmx::QuadChar& dataType, _fmxcpt& x)
 
 void FM_BinaryData_RemoveAll(void* self, _fmxcpt& x) noexcept {
     guard(__func__, x, [&] { abi::self<Binary>(self).streams.clear(); });
+}
+
+// FNAM holds the file name (or path list) as UTF-8 text.
+FMX_API fmx::errcode FM_BinaryData_GetFNAMData(const void* self, fmx::Text& filepathlist,
+                                               _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        const Binary::Stream* s = findStream(abi::self<Binary>(self), kFileName);
+        if (s == nullptr) return kBadRequest;
+        arg(filepathlist).assign(decode(s->bytes, fmx::kEncoding_UTF8));
+        return 0;
+    });
+}
+
+FMX_API fmx::errcode FM_BinaryData_AddFNAMData(void* self, const fmx::Text& filepathlist,
+                                               _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        putStream(abi::self<Binary>(self), kFileName, toUtf8(arg(filepathlist).units()));
+        return 0;
+    });
+}
+
+// SIZE holds the height, then the width, each as two bytes, high byte first.
+FMX_API fmx::errcode FM_BinaryData_GetSIZEData(const void* self, short& width, short& height,
+                                               _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        const Binary::Stream* s = findStream(abi::self<Binary>(self), kImageSize);
+        if (s == nullptr || s->bytes.size() != 4) return kBadRequest;
+        require(addressOf(width) != nullptr && addressOf(height) != nullptr);
+        auto at = [&](size_t i) {
+            return static_cast<short>((static_cast<uint8_t>(s->bytes[i]) << 8) |
+                                      static_cast<uint8_t>(s->bytes[i + 1]));
+        };
+        height = at(0);
+        width = at(2);
+        return 0;
+    });
+}
+
+FMX_API fmx::errcode FM_BinaryData_AddSIZEData(void* self, short width, short height,
+                                               _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        const auto h = static_cast<uint16_t>(height);
+        const auto w = static_cast<uint16_t>(width);
+        std::string bytes{static_cast<char>(h >> 8), static_cast<char>(h & 0xFF),
+                          static_cast<char>(w >> 8), static_cast<char>(w & 0xFF)};
+        putStream(abi::self<Binary>(self), kImageSize, std::move(bytes));
+        return 0;
+    });
+}
+
+// Starts the stream of that type afresh (replacing one there was); its bytes follow through
+// AddAppend with the context given, and AddFinish ends it.
+FMX_API fmx::errcode FM_BinaryData_AddBegin(void* self, const fmx::QuadChar& dataType,
+                                            fmx::uint32* context, _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        Binary& b = abi::self<Binary>(self);
+        const StreamType type = arg(dataType).chars;
+        if (context == nullptr) return kBadRequest;
+        putStream(b, type, std::string());
+        *context = contextOf(b, type);
+        return 0;
+    });
+}
+
+FMX_API fmx::errcode FM_BinaryData_AddAppend(void* self, fmx::uint32 context, fmx::uint32 amount,
+                                             void* buffer, _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        Binary::Stream* s = streamOfContext(abi::self<Binary>(self), context);
+        if (s == nullptr || (buffer == nullptr && amount != 0)) return kBadRequest;
+        s->bytes.append(bytesFrom(buffer, amount));
+        return 0;
+    });
+}
+
+FMX_API fmx::errcode FM_BinaryData_AddFinish(void* self, fmx::uint32 context, _fmxcpt& x) noexcept {
+    return guard(__func__, x, [&]() -> fmx::errcode {
+        return streamOfContext(abi::self<Binary>(self), context) ? 0 : kBadRequest;
+    });
 }
 
 }  // extern "C"

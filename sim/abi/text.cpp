@@ -144,6 +144,18 @@ fmx::uint32 FM_Text_GetBytesEx(const void* self, char* buffer, fmx::uint32 buffe
     });
 }
 
+// Legacy and undeclared, without a buffer size: the caller's buffer must hold the whole slice
+// and its terminator, as with the host's own.
+FMX_API void FM_Text_Get(const void* self, char* s, fmx::uint32 position, fmx::uint32 size,
+                         fmx::uint32 encoding, _fmxcpt& x) noexcept {
+    guard(__func__, x, [&] {
+        const std::u16string_view units = sliceOf(abi::self<Text>(self), position, size);
+        require(s != nullptr);
+        const auto code = static_cast<fmx::int32>(encoding);
+        s[encodeInto(units, code, s, encodedSize(units, code))] = '\0';
+    });
+}
+
 void FM_Text_SetText(void* self, const fmx::Text& other, fmx::uint32 position, fmx::uint32 size,
                      _fmxcpt& x) noexcept {
     guard(__func__, x, [&] { abi::self<Text>(self).setSlice(arg(other), position, size); });

@@ -61,6 +61,7 @@ enum class GetSelector : uint8_t {
     LastError,
     ScriptName,
     FoundCount,
+    LastExternalErrorDetail,
 };
 
 struct Node;

@@ -39,6 +39,9 @@ public:
     virtual std::u16string applicationVersion() { return {}; }
     // The running script's name; empty outside scripts.
     virtual std::u16string scriptName() { return {}; }
+    // The result text of the last plug-in call in this file that failed with one of the
+    // plug-in error results 1552-1559; empty after any other call.
+    virtual std::u16string lastExternalErrorDetail() { return {}; }
     // Runs a query (SELECT only) on the calling file's database with `arguments` bound to its "?"
     // markers in order, joining the text forms of the result's fields with the separators; nullopt
     // when the query fails.

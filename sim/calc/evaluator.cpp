@@ -253,6 +253,8 @@ Value Evaluator::evalGet(const Node& node) {
             return Value::number(0.0);
         case GetSelector::ScriptName:
             return Value::text(context_.scriptName());
+        case GetSelector::LastExternalErrorDetail:
+            return Value::text(context_.lastExternalErrorDetail());
     }
     raise(kInvalidGetParameter);
 }

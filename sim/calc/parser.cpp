@@ -59,6 +59,7 @@ std::optional<GetSelector> selectorOf(std::u16string_view lower) {
     if (lower == u"lasterror") return GetSelector::LastError;
     if (lower == u"scriptname") return GetSelector::ScriptName;
     if (lower == u"foundcount") return GetSelector::FoundCount;
+    if (lower == u"lastexternalerrordetail") return GetSelector::LastExternalErrorDetail;
     return std::nullopt;
 }
 

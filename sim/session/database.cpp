@@ -26,6 +26,82 @@ bool onlyBlanksAndSemicolons(const char16_t* p, const char16_t* end) {
     return true;
 }
 
+bool isWordUnit(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
+           c == u'_' || c == u'$' || c > 0x7F;
+}
+
+bool isBlankUnit(char16_t c) {
+    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == u'\f' || c == u'\v';
+}
+
+bool sameIgnoringCase(std::u16string_view word, std::string_view keyword) {
+    if (word.size() != keyword.size()) return false;
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        const char16_t c = word[i] >= u'a' && word[i] <= u'z' ? word[i] - 32 : word[i];
+        if (c != static_cast<char16_t>(keyword[i])) return false;
+    }
+    return true;
+}
+
+// FileMaker's SQL writes date and time constants as DATE '2024-01-31', TIME '13:05:00' and
+// TIMESTAMP '2024-01-31 13:05:00'. SQLite has no such literals; the columns hold the same ISO
+// text, so the keyword is dropped and the quoted text compares as it is. Quoted texts, quoted
+// names and comments are copied untouched.
+std::u16string withPlainTemporalLiterals(std::u16string_view sql) {
+    std::u16string out;
+    out.reserve(sql.size());
+    std::size_t i = 0;
+    const std::size_t n = sql.size();
+    auto copyQuoted = [&](char16_t close) {
+        const std::size_t start = i++;
+        while (i < n) {
+            if (sql[i++] != close) continue;
+            if (i < n && sql[i] == close && close != u']') {
+                ++i;  // a doubled quote stays inside
+                continue;
+            }
+            break;
+        }
+        out.append(sql.substr(start, i - start));
+    };
+    while (i < n) {
+        const char16_t c = sql[i];
+        if (c == u'\'' || c == u'"' || c == u'`') {
+            copyQuoted(c);
+        } else if (c == u'[') {
+            copyQuoted(u']');
+        } else if (c == u'-' && i + 1 < n && sql[i + 1] == u'-') {
+            const std::size_t end = std::min(sql.find(u'\n', i), n);
+            out.append(sql.substr(i, end - i));
+            i = end;
+        } else if (c == u'/' && i + 1 < n && sql[i + 1] == u'*') {
+            const std::size_t close = sql.find(u"*/", i + 2);
+            const std::size_t end = close == std::u16string_view::npos ? n : close + 2;
+            out.append(sql.substr(i, end - i));
+            i = end;
+        } else if (isWordUnit(c)) {
+            const std::size_t start = i;
+            while (i < n && isWordUnit(sql[i])) ++i;
+            const std::u16string_view word = sql.substr(start, i - start);
+            std::size_t next = i;
+            while (next < n && isBlankUnit(sql[next])) ++next;
+            const bool keyword = sameIgnoringCase(word, "DATE") || sameIgnoringCase(word, "TIME") ||
+                                 sameIgnoringCase(word, "TIMESTAMP");
+            const bool afterDot = start > 0 && sql[start - 1] == u'.';
+            if (keyword && !afterDot && next < n && sql[next] == u'\'') {
+                i = next;
+            } else {
+                out.append(word);
+            }
+        } else {
+            out += c;
+            ++i;
+        }
+    }
+    return out;
+}
+
 }  // namespace
 
 void Database::Closer::operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
@@ -117,6 +193,8 @@ short Database::queryLocked(std::u16string_view sql, const std::vector<Value>& p
         lastMessage_ = "query too long";
         return kSqlErrorCode;
     }
+    const std::u16string plain = withPlainTemporalLiterals(sql);
+    sql = plain;
     sqlite3_stmt* raw = nullptr;
     const void* tail = nullptr;
     const int bytes = static_cast<int>(sql.size() * sizeof(char16_t));

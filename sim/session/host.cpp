@@ -18,6 +18,17 @@ bool sameName(std::u16string_view a, std::u16string_view b) {
     return a.size() == b.size() && toLower(a) == toLower(b);
 }
 
+// FileMaker names a file without its extension (Get ( FileName ), DatabaseNames), and so
+// "Demo.fmp12" and "Demo" are the same file here.
+std::u16string_view withoutExtension(std::u16string_view name) {
+    constexpr std::u16string_view kExtension = u".fmp12";
+    if (name.size() > kExtension.size() &&
+        toLower(name.substr(name.size() - kExtension.size())) == kExtension) {
+        name.remove_suffix(kExtension.size());
+    }
+    return name;
+}
+
 }  // namespace
 
 DateTime systemNow() {
@@ -53,12 +64,13 @@ void Host::reset() {
 
 std::shared_ptr<Host::File> Host::findFileLocked(std::u16string_view name) const {
     for (const auto& f : files_) {
-        if (sameName(f->name, name)) return f;
+        if (sameName(f->name, withoutExtension(name))) return f;
     }
     return nullptr;
 }
 
 void Host::openFile(std::u16string_view name, const std::string& dbPath, bool createDb) {
+    name = withoutExtension(name);
     if (name.empty()) throw std::invalid_argument("a file needs a name");
     {
         std::lock_guard lock(mutex_);
@@ -77,8 +89,9 @@ void Host::openFile(std::u16string_view name, const std::string& dbPath, bool cr
 
 bool Host::closeFile(std::u16string_view name) {
     std::lock_guard lock(mutex_);
-    auto it = std::find_if(files_.begin(), files_.end(),
-                           [&](const auto& f) { return sameName(f->name, name); });
+    auto it = std::find_if(files_.begin(), files_.end(), [&](const auto& f) {
+        return sameName(f->name, withoutExtension(name));
+    });
     if (it == files_.end()) return false;
     const bool wasCurrent = sameName((*it)->name, current_);
     files_.erase(it);
@@ -150,6 +163,17 @@ std::optional<std::vector<std::u16string>> Host::scriptNames(std::u16string_view
     names.reserve(f->scripts.size());
     for (const auto& script : f->scripts) names.push_back(script.first);
     return names;
+}
+
+void Host::setExternalErrorDetail(std::u16string_view file, std::u16string detail) {
+    std::lock_guard lock(mutex_);
+    if (auto f = findFileLocked(file)) f->externalErrorDetail = std::move(detail);
+}
+
+std::u16string Host::externalErrorDetail(std::u16string_view file) const {
+    std::lock_guard lock(mutex_);
+    auto f = findFileLocked(file);
+    return f ? f->externalErrorDetail : std::u16string();
 }
 
 std::shared_ptr<Database> Host::database(std::u16string_view file) const {

@@ -34,6 +34,10 @@ constexpr short kAlreadyRegistered = 1210;  // "Plug-in function ... has already
 constexpr short kInvalidGetFunction = 1215;
 constexpr short kFunctionMissing = 1224;    // unregistering an id that is not registered
 constexpr short kRefusedRegistration = -1;  // the refuse-id test control, or a bad request
+// A plug-in function failing with one of these hands its result text to
+// Get ( LastExternalErrorDetail ).
+constexpr short kFirstPluginErrorResult = 1552;
+constexpr short kLastPluginErrorResult = 1559;
 
 struct RegisteredFunction {
     short id = 0;
@@ -88,6 +92,9 @@ public:
     // Script names in the order they were added; nullopt when the file is not open.
     std::optional<std::vector<std::u16string>> scriptNames(std::u16string_view file) const;
     std::shared_ptr<Database> database(std::u16string_view file) const;
+    // What Get ( LastExternalErrorDetail ) shows in a file; ignored for a file not open.
+    void setExternalErrorDetail(std::u16string_view file, std::u16string detail);
+    std::u16string externalErrorDetail(std::u16string_view file) const;
     // "$$" variables of a file, and the "$" variables of calculations outside scripts. Both are
     // null when the file is not open.
     std::shared_ptr<Variables> fileGlobals(std::u16string_view file) const;
@@ -144,6 +151,7 @@ private:
         std::shared_ptr<Variables> locals = std::make_shared<Variables>();
         std::vector<std::pair<std::u16string, std::u16string>> scripts;  // name, calculation
         std::shared_ptr<Database> db;
+        std::u16string externalErrorDetail;
     };
     std::shared_ptr<File> findFileLocked(std::u16string_view name) const;
     std::optional<ScriptRequest> takeQueuedScript();

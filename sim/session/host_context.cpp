@@ -41,6 +41,8 @@ std::u16string HostContext::applicationVersion() { return host_.applicationVersi
 
 std::u16string HostContext::scriptName() { return env_.scriptName; }
 
+std::u16string HostContext::lastExternalErrorDetail() { return host_.externalErrorDetail(file_); }
+
 std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
                                                       const std::vector<Value>& arguments,
                                                       std::u16string_view fieldSeparator,
@@ -85,6 +87,8 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
         return kGenericCalcError;
     }
     result = takeValue(*out);
+    const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
+    host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
     return error;
 }
 

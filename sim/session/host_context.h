@@ -25,6 +25,7 @@ public:
     DateTime now() override;
     std::u16string applicationVersion() override;
     std::u16string scriptName() override;
+    std::u16string lastExternalErrorDetail() override;
     std::optional<std::u16string> executeSql(std::u16string_view query,
                                              const std::vector<Value>& arguments,
                                              std::u16string_view fieldSeparator,

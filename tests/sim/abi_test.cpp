@@ -10,6 +10,26 @@
 #include "host/fmx.h"
 #include "sim/abi/faults.h"
 
+// Exported by the host but not used by the plug-in, so not declared in host/.
+extern "C" {
+bool FM_QuadChar_operatorLT(const void*, const fmx::QuadChar&, fmx::_fmxcpt&) noexcept;
+bool FM_QuadChar_operatorGE(const void*, const fmx::QuadChar&, fmx::_fmxcpt&) noexcept;
+fmx::BinaryData* FM_BinaryData_Constructor4(const fmx::Text&, fmx::uint32*, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_AddBegin(void*, const fmx::QuadChar&, fmx::uint32*,
+                                    fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_AddAppend(void*, fmx::uint32, fmx::uint32, void*,
+                                     fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_AddFinish(void*, fmx::uint32, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_GetFNAMData(const void*, fmx::Text&, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_AddSIZEData(void*, short, short, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_BinaryData_GetSIZEData(const void*, short&, short&, fmx::_fmxcpt&) noexcept;
+void FM_Text_Get(const void*, char*, fmx::uint32, fmx::uint32, fmx::uint32, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_ExprEnv_EvaluateConvertToFileMakerPath(const void*, const fmx::Text&, fmx::int32,
+                                                       fmx::Text&, fmx::_fmxcpt&) noexcept;
+fmx::errcode FM_ExprEnv_EvaluateConvertFromFileMakerPath(const void*, const fmx::Text&, fmx::int32,
+                                                         fmx::Text&, fmx::_fmxcpt&) noexcept;
+}
+
 namespace {
 
 using fmx::_fmxcpt;
@@ -332,6 +352,75 @@ TEST(Abi, FontsAndContainers) {
     EXPECT_EQ(d->GetNativeType(), fmx::kDTBinary);
     EXPECT_EQ(bytesOf(d->GetAsText()), "report.pdf");
     EXPECT_TRUE(d->GetBinaryData() == *file);
+}
+
+TEST(Abi, ExportsThePluginDoesNotUse) {
+    _fmxcpt x;
+    fmx::QuadCharUniquePtr jpeg('J', 'P', 'E', 'G'), file('F', 'I', 'L', 'E');
+    EXPECT_TRUE(FM_QuadChar_operatorLT(file.get(), *jpeg, x));
+    EXPECT_FALSE(FM_QuadChar_operatorGE(file.get(), *jpeg, x));
+
+    // A file streamed in pieces, then its image size.
+    fmx::uint32 context = 0;
+    fmx::BinaryData* b = FM_BinaryData_Constructor4(*textOf("a.jpg"), &context, x);
+    ASSERT_NE(b, nullptr);
+    char part[] = "abc";
+    EXPECT_EQ(FM_BinaryData_AddAppend(b, context, 3, part, x), 0);
+    EXPECT_EQ(FM_BinaryData_AddAppend(b, context, 2, part, x), 0);
+    EXPECT_EQ(FM_BinaryData_AddFinish(b, context, x), 0);
+    EXPECT_NE(FM_BinaryData_AddAppend(b, 0, 1, part, x), 0);
+    EXPECT_NE(FM_BinaryData_AddFinish(b, 9, x), 0);
+    fmx::uint32 jpegContext = 0;
+    EXPECT_EQ(FM_BinaryData_AddBegin(b, *jpeg, &jpegContext, x), 0);
+    EXPECT_EQ(FM_BinaryData_AddAppend(b, jpegContext, 1, part, x), 0);
+    short width = 0, height = 0;
+    EXPECT_NE(FM_BinaryData_GetSIZEData(b, width, height, x), 0);
+    EXPECT_EQ(FM_BinaryData_AddSIZEData(b, 640, 480, x), 0);
+    EXPECT_EQ(FM_BinaryData_GetSIZEData(b, width, height, x), 0);
+    EXPECT_EQ(width, 640);
+    EXPECT_EQ(height, 480);
+    fmx::TextUniquePtr name;
+    EXPECT_EQ(FM_BinaryData_GetFNAMData(b, *name, x), 0);
+    EXPECT_EQ(bytesOf(*name), "a.jpg");
+    char out[8] = {};
+    EXPECT_EQ(b->GetData(b->GetIndex(*file), 0, 5, out), 0);
+    EXPECT_EQ(std::string(out), "abcab");
+    EXPECT_EQ(b->GetSize(b->GetIndex(*jpeg)), 1u);
+    delete b;
+
+    char bytes[8];
+    FM_Text_Get(textOf("h\xC3\xA9llo").get(), bytes, 1, 2, fmx::kEncoding_UTF8, x);
+    EXPECT_EQ(std::string(bytes), "\xC3\xA9l");
+    EXPECT_EQ(x.m_code, 0);
+
+    struct PathCase {
+        fmx::int32 format;
+        const char* path;
+        const char* fileMakerPath;
+    };
+    const PathCase paths[] = {
+        {1, "/srv/a b.txt", "filelinux:/srv/a b.txt"},
+        {2, "C:\\Data\\a.txt", "filewin:/C:/Data/a.txt"},
+        {3, "file:///srv/a%20b.txt", "filelinux:/srv/a b.txt"},
+    };
+    fmx::ExprEnvUniquePtr env;
+    for (const PathCase& c : paths) {
+        fmx::TextUniquePtr there, back;
+        EXPECT_EQ(FM_ExprEnv_EvaluateConvertToFileMakerPath(env.get(), *textOf(c.path), c.format,
+                                                            *there, x),
+                  0);
+        EXPECT_EQ(bytesOf(*there), c.fileMakerPath) << c.path;
+        EXPECT_EQ(
+            FM_ExprEnv_EvaluateConvertFromFileMakerPath(env.get(), *there, c.format, *back, x), 0);
+        EXPECT_EQ(bytesOf(*back), c.path);
+    }
+    fmx::TextUniquePtr unchanged;
+    EXPECT_NE(
+        FM_ExprEnv_EvaluateConvertToFileMakerPath(env.get(), *textOf("rel/a"), 1, *unchanged, x),
+        0);
+    EXPECT_NE(FM_ExprEnv_EvaluateConvertToFileMakerPath(env.get(), *textOf("/a"), 7, *unchanged, x),
+              0);
+    EXPECT_EQ(bytesOf(*unchanged), "");
 }
 
 // The font table and the call counter are host-wide: several threads use them at once.

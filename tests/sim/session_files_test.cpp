@@ -71,6 +71,19 @@ TEST_F(FilesTest, DatabaseNamesListTheCurrentFileFirst) {
     EXPECT_FALSE(session.host().setCurrentFile(u"Nowhere"));
 }
 
+TEST(FileNamesTest, FilesAreNamedWithoutTheirExtension) {
+    sim::SessionOptions o = noPlugin();
+    o.fileName = "Demo.fmp12";
+    o.otherFiles = {"Other.FMP12"};
+    o.scripts = {{"Hello", "1"}};
+    sim::Session session(o);
+    EXPECT_EQ(session.eval("Get ( FileName )").text, "Demo");
+    EXPECT_EQ(session.eval("DatabaseNames").text, "Demo\rOther");
+    EXPECT_EQ(session.eval("ScriptNames ( \"demo.fmp12\" )").text, "Hello");
+    EXPECT_TRUE(session.host().setCurrentFile(u"other.fmp12"));
+    EXPECT_EQ(session.eval("Get ( FileName )").text, "Other");
+}
+
 TEST_F(FilesTest, ScriptNamesListTheFilesScriptsInOrder) {
     EXPECT_EQ(session.eval("ScriptNames ( \"\" )").text, "Hello\rCollect\rChain\rLocals\rLoop");
     session.host().addScript(u"Second", u"Only", u"1");
@@ -87,6 +100,7 @@ TEST_F(FilesTest, StartScriptChecksFileAndScript) {
         {u"Demo", u"Hello", 0},
         {u"DEMO", u"hello", 0},
         {u"", u"Hello", 0},
+        {u"demo.FMP12", u"Hello", 0},
         {u"Nowhere", u"Hello", sim::kFileMissing},
         {u"Demo", u"Hell", sim::kScriptMissing},
         {u"Second", u"Hello", sim::kScriptMissing},
@@ -94,9 +108,9 @@ TEST_F(FilesTest, StartScriptChecksFileAndScript) {
     for (const Case& c : cases) {
         EXPECT_EQ(startScript(c.file, c.script, u""), c.expected) << sim::toUtf8(c.script);
     }
-    EXPECT_EQ(session.host().queuedScripts(), 3u);
-    EXPECT_EQ(session.runQueuedScripts(), 3u);
-    EXPECT_EQ(session.scriptRuns().size(), 3u);
+    EXPECT_EQ(session.host().queuedScripts(), 4u);
+    EXPECT_EQ(session.runQueuedScripts(), 4u);
+    EXPECT_EQ(session.scriptRuns().size(), 4u);
 }
 
 TEST_F(FilesTest, StartedScriptsRunAfterTheCalculationInOrder) {

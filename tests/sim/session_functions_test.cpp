@@ -27,6 +27,13 @@ fmx::errcode throwOther(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::D
 
 fmx::errcode fail1552(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::Data&) { return 1552; }
 
+// Fails with the code given first, its result the text given second.
+fmx::errcode failWith(short, const fmx::ExprEnv&, const fmx::DataVect& args, fmx::Data& result) {
+    const std::vector<sim::Value> values = sim::valuesOf(args);
+    sim::setValue(result, values.at(1));
+    return static_cast<fmx::errcode>(values.at(0).asNumber().toDouble());
+}
+
 // Evaluates its first argument in the caller's environment.
 fmx::errcode evaluateArg(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
                          fmx::Data& result) {
@@ -125,6 +132,23 @@ TEST_F(FunctionsTest, FunctionErrorsAndEscapingExceptionsBecomeEvaluationErrors)
     EXPECT_EQ(session.eval("Fake_Fail").error, 1552);
     // The host goes on working afterwards.
     EXPECT_EQ(session.eval("1 + 1").text, "2");
+}
+
+TEST_F(FunctionsTest, PluginErrorResultsLeaveTheirTextAsExternalErrorDetail) {
+    ASSERT_EQ(registerFunction(1, u"Fake_FailWith", 2, 2, failWith), 0);
+    const struct {
+        const char* call;
+        const char* detail;
+    } cases[] = {
+        {"Fake_FailWith ( 1552 ; \"key missing\" )", "key missing"},
+        {"Fake_FailWith ( 1559 ; \"last\" )", "last"},
+        {"Fake_FailWith ( 1551 ; \"not a plug-in result\" )", ""},
+        {"Fake_FailWith ( 0 ; \"fine\" )", ""},
+    };
+    for (const auto& c : cases) {
+        session.eval(c.call);
+        EXPECT_EQ(session.eval("Get ( LastExternalErrorDetail )").text, c.detail) << c.call;
+    }
 }
 
 TEST_F(FunctionsTest, NestedEvaluationSharesTheCallersVariablesAndFile) {

@@ -195,6 +195,12 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
         {R"(ExecuteSQL ( "SELECT ?, typeof ( ? ), ?, typeof ( ? ), ?" ; " " ; "" ; 65.01 ; 65.01 ;
              0.12345678901234567 ; 0.12345678901234567 ; 123456789012345678 ))",
          "65.01 real 0.12345678901234567 text 123456789012345678"},
+        // Date and time constants in FileMaker's SQL form; quoted text keeps the keyword.
+        {R"(ExecuteSQL ( "SELECT i FROM t WHERE d = DATE '2024-01-31' AND tm = time '13:05:00'
+             AND ts = TIMESTAMP  '2024-01-31 13:05:00'" ; "" ; "" ))",
+         "42"},
+        {R"c(ExecuteSQL ( "SELECT 'DATE ''x''', \"date\" FROM ( SELECT 1 AS date )" ; "|" ; "" ))c",
+         "DATE 'x'|1"},
         // Markers without arguments are NULL; arguments without markers are ignored.
         {R"(ExecuteSQL ( "SELECT ? IS NULL" ; "" ; "" ))", "1"},
         {R"(ExecuteSQL ( "SELECT 7" ; "" ; "" ; 1 ; 2 ))", "7"},
@@ -207,7 +213,7 @@ TEST_F(SqlTest, NativeExecuteSqlJoinsTheTextForms) {
         {R"(ExecuteSQL ( "INSERT INTO pairs VALUES ( 3 , 'c' ) " ; "" ; "" ))", "?"},
         {R"(ExecuteSQL ( "DELETE FROM pairs" ; "" ; "" ))", "?"},
         {R"(ExecuteSQL ( "SELECT COUNT ( * ) FROM pairs " ; "" ; "" ))", "2"},
-    };
+    };  // namespace
     for (const Case& c : cases) {
         const sim::EvalResult r = session.eval(c.calc);
         EXPECT_EQ(r.error, 0) << c.calc;
