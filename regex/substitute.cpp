@@ -10,6 +10,8 @@
 #include "regex/substitute.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 // GCC 12 with the address sanitizer sees std::function members of the regex compiler's states
 // as maybe uninitialized; they are not.
 #pragma GCC diagnostic push
@@ -26,7 +28,78 @@
 #include "regex/functions.h"
 #include "regex/stack_estimate.h"
 
+// Not in an anonymous namespace: with internal linkage the compiler folds the matcher's handlers
+// into its recursive function, and each level of recursion then takes over twice the stack.
 namespace rvl {
+
+// The matcher backtracks, and some patterns take time exponential in the text: (a*)*b spends
+// seconds on 16 characters and ages on 30. Every step it takes over the text goes through
+// StepCounter, which charges the steps to one budget and gives up when it is spent. Ordinary
+// patterns take a few steps per character, so the budget grows with the text and only runaway
+// backtracking reaches it (after about a second).
+constexpr std::uint64_t kBaseSteps = std::uint64_t{32} << 20;
+constexpr std::uint64_t kStepsPerUnit = 64;
+
+class StepBudget {
+public:
+    explicit StepBudget(std::size_t units) : left_(kBaseSteps + kStepsPerUnit * units) {}
+    void take() {
+        if (--left_ == 0) spent();
+    }
+
+private:
+    // Out of line: the matcher's recursive frames stay as small as without the budget.
+    [[noreturn]] __attribute__((noinline, cold)) static void spent();
+    std::uint64_t left_;
+};
+
+void StepBudget::spent() {
+    throw std::runtime_error("The pattern takes too long to match on this text.");
+}
+
+class StepCounter {
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = wchar_t;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const wchar_t*;
+    using reference = const wchar_t&;
+
+    StepCounter() = default;
+    StepCounter(std::wstring::const_iterator it, StepBudget& budget) : it_(it), budget_(&budget) {}
+
+    reference operator*() const {
+        budget_->take();
+        return *it_;
+    }
+    pointer operator->() const { return &**this; }
+    StepCounter& operator++() {
+        budget_->take();
+        ++it_;
+        return *this;
+    }
+    StepCounter operator++(int) {
+        StepCounter before = *this;
+        ++*this;
+        return before;
+    }
+    StepCounter& operator--() {
+        budget_->take();
+        --it_;
+        return *this;
+    }
+    StepCounter operator--(int) {
+        StepCounter before = *this;
+        --*this;
+        return before;
+    }
+    friend bool operator==(const StepCounter& a, const StepCounter& b) { return a.it_ == b.it_; }
+    std::wstring::const_iterator base() const { return it_; }
+
+private:
+    std::wstring::const_iterator it_{};
+    StepBudget* budget_ = nullptr;
+};
 
 SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::wstring& source,
                                         unsigned replacements) {
@@ -39,18 +112,18 @@ SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::
         if (marks == 0) return;
         if (!fits) throw std::length_error("The text is too long for this pattern");
         found.groups = std::min(replacements, marks);
+        StepBudget budget(source.size());
         const auto begin = source.begin();
-        auto at = [&](std::wstring::const_iterator it) {
-            return static_cast<uint32_t>(it - begin);
-        };
-        auto from = begin;
+        auto at = [&](StepCounter it) { return static_cast<uint32_t>(it.base() - begin); };
+        StepCounter from(begin, budget);
+        const StepCounter end(source.end(), budget);
         auto flags = std::regex_constants::match_default;
-        std::wsmatch m;
-        while (std::regex_search(from, source.end(), m, expression, flags)) {
-            if (!m[1].matched || m[1].length() == 0) break;
+        std::match_results<StepCounter> m;
+        while (std::regex_search(from, end, m, expression, flags)) {
+            if (!m[1].matched || m[1].first == m[1].second) break;
             // Only a lookahead can capture without the match taking a character; the same match
             // would come back for ever.
-            if (m[0].length() == 0) break;
+            if (m[0].first == m[0].second) break;
             found.spans.push_back(at(m[0].first));
             found.spans.push_back(at(m[0].second));
             for (unsigned k = 1; k <= found.groups; ++k) {

@@ -21,7 +21,8 @@ struct SubstituteMatches {
 // order and with the stop rules of the substitution. Builds the expression (std::regex_error
 // for a bad pattern) and matches on a thread with a stack big enough for the text, or throws
 // std::length_error ("The text is too long for this pattern") before matching when that stack
-// would exceed kRegexStackLimit.
+// would exceed kRegexStackLimit, or std::runtime_error when runaway backtracking spends the
+// matching's step budget.
 SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::wstring& source,
                                         unsigned replacements);
 

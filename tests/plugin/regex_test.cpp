@@ -94,10 +94,23 @@ TEST_F(Regex, ReplacesOnlyMatchesInThePatternsStyleAndKeepsStyles) {
 }
 
 TEST_F(Regex, ReportsBadPatternsAndMissingArguments) {
-    const sim::EvalResult r = eval(R"(Ravelin_RegExp_Substitute ( "abc" ; "(" ; "X" ))");
-    EXPECT_EQ(r.text, "2400");
-    EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text,
-              "Mismatched '(' and ')' in regular expression");
+    const struct {
+        std::string text;
+        const char* pattern;
+        const char* message;
+    } bad[] = {
+        {"abc", "(", "Mismatched '(' and ')' in regular expression"},
+        // Backtracking that grows exponentially with the text gives up instead of hanging.
+        {std::string(40, 'a'), "(a*)*b", "The pattern takes too long to match on this text."},
+    };
+    for (const auto& c : bad) {
+        SCOPED_TRACE(c.pattern);
+        const sim::EvalResult r = eval("Ravelin_RegExp_Substitute ( " + quoted(c.text) + " ; " +
+                                       quoted(c.pattern) + " ; \"X\" )");
+        EXPECT_EQ(r.type, "Number");
+        EXPECT_EQ(r.text, "2400");
+        EXPECT_EQ(eval("$$Ravelin_LastErrorMessage").text, c.message);
+    }
 
     sim::Env env;
     const sim::DataVectHandle two = sim::makeDataVect(
