@@ -130,7 +130,10 @@ void escalateSharedCssClasses(Paragraph& p, std::vector<cFragment>& fragments) {
 
 void escalateSharedCssStyles(Paragraph& p, std::vector<cFragment>& fragments) {
     const CSSMap candidates = fragments.front().inlineCSS_;
-    for (const auto& [property, value] : candidates) {
+    for (const auto& candidate : candidates) {
+        // Named here, not bound: lambdas cannot capture structured bindings in every compiler.
+        const auto& property = candidate.first;
+        const auto& value = candidate.second;
         const bool shared = std::all_of(fragments.begin() + 1, fragments.end(), [&](const auto& f) {
             auto it = f.inlineCSS_.find(property);
             return it != f.inlineCSS_.end() && it->second == value;

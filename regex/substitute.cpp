@@ -14,10 +14,14 @@
 #include <iterator>
 // GCC 12 with the address sanitizer sees std::function members of the regex compiler's states
 // as maybe uninitialized; they are not.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <regex>
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
 #include <stdexcept>
 
 #include "fmlib/convert.h"
