@@ -63,8 +63,9 @@ void Host::reset() {
 // --- Files ---------------------------------------------------------------------------------
 
 std::shared_ptr<Host::File> Host::findFileLocked(std::u16string_view name) const {
+    name = withoutExtension(name);
     for (const auto& f : files_) {
-        if (sameName(f->name, withoutExtension(name))) return f;
+        if (sameName(f->name, name)) return f;
     }
     return nullptr;
 }
@@ -89,9 +90,9 @@ void Host::openFile(std::u16string_view name, const std::string& dbPath, bool cr
 
 bool Host::closeFile(std::u16string_view name) {
     std::lock_guard lock(mutex_);
-    auto it = std::find_if(files_.begin(), files_.end(), [&](const auto& f) {
-        return sameName(f->name, withoutExtension(name));
-    });
+    name = withoutExtension(name);
+    auto it = std::find_if(files_.begin(), files_.end(),
+                           [&](const auto& f) { return sameName(f->name, name); });
     if (it == files_.end()) return false;
     const bool wasCurrent = sameName((*it)->name, current_);
     files_.erase(it);
