@@ -58,7 +58,7 @@ case "${1:-}" in
     build "$root/build-asan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=address,undefined
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
     build "$root/build-tsan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=thread
-    TSAN_OPTIONS=halt_on_error=1 run_tests "$root/build-tsan"
+    TSAN_OPTIONS="halt_on_error=1 suppressions=$root/tools/tsan.supp" run_tests "$root/build-tsan"
     ;;
   bench)
     install_missing sqlite3 time
