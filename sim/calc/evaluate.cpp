@@ -20,7 +20,7 @@ double Context::utcMilliseconds() {
 Result evaluate(std::u16string_view expression, Context& context) {
     NodePtr tree;
     try {
-        tree = parse(expression, context);
+        tree = parse(expression, context, {}, callerNesting());
     } catch (CalcError& e) {
         return Result{Value(), e.code, e.offset, std::move(e.hint)};
     } catch (...) {

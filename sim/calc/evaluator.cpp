@@ -28,6 +28,20 @@ private:
     int& depth_;
 };
 
+thread_local int tCallerNesting = 0;
+
+// Publishes the nesting of a plug-in call for the evaluations the plug-in makes meanwhile.
+class CallerNesting {
+public:
+    explicit CallerNesting(int depth) : saved_(tCallerNesting) { tCallerNesting = depth; }
+    ~CallerNesting() { tCallerNesting = saved_; }
+    CallerNesting(const CallerNesting&) = delete;
+    CallerNesting& operator=(const CallerNesting&) = delete;
+
+private:
+    int saved_;
+};
+
 // Removes the variables of a Let from the scope however the Let ends.
 template <class Scope>
 class ScopeMark {
@@ -45,6 +59,8 @@ private:
 };
 
 }  // namespace
+
+int callerNesting() { return tCallerNesting; }
 
 Value Evaluator::eval(const Node& node) {
     DepthGuard guard(depth_);
@@ -220,6 +236,7 @@ Value Evaluator::evalExternal(const Node& node) {
     if (count < f.minArgs) raise(kTooFewParameters);
     if (f.maxArgs >= 0 && count > f.maxArgs) raise(kTooManyParameters);
     Value result;
+    const CallerNesting nesting(depth_);
     const short error = context_.callFunction(f, values, result);
     if (error != 0) raise(error);
     return result;

@@ -27,12 +27,18 @@
 
 namespace sim::calc {
 
+// The nesting at which the calculation now calling a plug-in function stands on this thread (0
+// outside such a call). A plug-in's own evaluation goes on counting from there, as FileMaker
+// counts nested calculations across plug-in calls: a calculation that re-enters itself through
+// a plug-in meets kMaxDepth like any other, and the count is per thread as the calls are.
+int callerNesting();
+
 class Evaluator {
 public:
     // While stops with "?" after this many iterations, as FileMaker's does.
     static constexpr int kWhileLimit = 50000;
 
-    explicit Evaluator(Context& context) : context_(context) {}
+    explicit Evaluator(Context& context) : context_(context), depth_(callerNesting()) {}
 
     // Throws CalcError.
     Value eval(const Node& node);
@@ -66,7 +72,7 @@ private:
     };
 
     Context& context_;
-    int depth_ = 0;
+    int depth_;
     int precision_ = 16;
     std::vector<LetVariable> scope_;  // innermost last
 };

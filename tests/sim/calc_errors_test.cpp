@@ -142,6 +142,23 @@ TEST(CalcErrorsTest, DeepNestingFailsInsteadOfOverflowing) {
     EXPECT_EQ(run(context, sum).text, "100000");
 }
 
+// A plug-in function whose own evaluation calls it again: the nesting counts on across the calls
+// (the recursion ends with 1200, not with the stack), and starts from 0 again afterwards.
+TEST(CalcErrorsTest, NestingCountsOnThroughPluginCalls) {
+    FakeContext context;
+    context.addFunction(u"Ravelin_Again", 0, 0, [&](const std::vector<sim::Value>&, sim::Value& v) {
+        const sim::calc::Result r = sim::calc::evaluate(u"Ravelin_Again", context);
+        v = r.value;
+        return r.error;
+    });
+    EXPECT_EQ(run(context, "Ravelin_Again").error, 1200);
+    EXPECT_GT(context.calls, 100);
+    EXPECT_LT(context.calls, 1000);
+    std::string deep = "1";
+    for (int i = 0; i < 490; ++i) deep = "(" + deep + ")";
+    EXPECT_EQ(run(context, deep).text, "1");
+}
+
 TEST(CalcErrorsTest, LongTextsAreHandledInOnePass) {
     FakeContext context;
     std::u16string big(1 << 20, u'a');
