@@ -85,6 +85,8 @@ void appendTraceChar(fmx::uint16 unit, std::string& out) {
     out += fmlib::StringFromFmText(*one);
 }
 
+bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
 // The pieces of `s` between delimiters, as explode() cuts them: none for an empty text, and no
 // empty piece after a trailing delimiter. Stops early when `f` answers false.
 template <class F>
@@ -116,9 +118,14 @@ void cFragment::getText(fmx::Text& text) const {
                                  static_cast<fmx::uint32>(chars_.size()));
 }
 
-std::string cFragment::traceText() const {
+std::string cFragment::traceText(size_t maxUnits) const {
+    size_t shown = std::min(chars_.size(), maxUnits);
+    // A cut never separates the two halves of a surrogate pair.
+    if (shown < chars_.size() && shown > 0 && isLowSurrogate(chars_[shown])) --shown;
     std::string out;
-    for (char16_t unit : chars_) appendTraceChar(unit, out);
+    for (size_t i = 0; i < shown; ++i) appendTraceChar(chars_[i], out);
+    // Counted as the host's Length counts: a character outside the BMP counts 2.
+    if (shown < chars_.size()) out += "... (" + std::to_string(chars_.size()) + " characters)";
     return out;
 }
 
@@ -225,9 +232,38 @@ CSSMap CSSFromFormattings(const Formattings& f) {
         const char* property = key[0] == 'c'   ? "color"
                                : key[0] == 'f' ? "font-family"
                                                : "font-size";
-        css[property] = it->second;
+        css[property] = key[0] == 'f' ? cssFontFamily(it->second) : it->second;
     }
     return css;
+}
+
+std::string cssFontFamily(const std::string& name) {
+    auto plain = [](unsigned char c) {
+        return c >= 0x80 || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+               (c >= '0' && c <= '9') || c == ' ' || c == '-' || c == '_' || c == '.';
+    };
+    if (std::all_of(name.begin(), name.end(), plain)) return name;
+    // What could end the CSS string, the style element or the attribute: the quotes, the
+    // escape character, "<" ">" "&" and control characters.
+    auto inert = [](unsigned char c) {
+        return c >= 0x20 && c != 0x7F && c != '\'' && c != '"' && c != '\\' && c != '<' &&
+               c != '>' && c != '&';
+    };
+    static constexpr char kHex[] = "0123456789abcdef";
+    std::string out = "'";
+    for (const char ch : name) {
+        const auto c = static_cast<unsigned char>(ch);
+        if (inert(c)) {
+            out += ch;
+            continue;
+        }
+        // "\" and the code in hex; the blank after it ends the escape and is not part of the name.
+        out += '\\';
+        if (c >= 16) out += kHex[c >> 4];
+        out += kHex[c & 15];
+        out += ' ';
+    }
+    return out + "'";
 }
 
 std::string serialize_CSS(const CSSMap& css, const std::string& separator) {
@@ -362,7 +398,26 @@ bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b) {
     return a.tags_ == b.tags_ && a.classes_ == b.classes_ && a.inlineCSS_ == b.inlineCSS_;
 }
 
-void mergeFragments(std::vector<cFragment>& fragments) {
+void MergeTrace::join(const cFragment& first, const cFragment& second) {
+    if (lines_ == kMaxLines) {
+        ++untraced_;
+        return;
+    }
+    ++lines_;
+    const std::string line = "Merging 2 fragments: '" + first.traceText(kFragmentUnits) + "' + '" +
+                             second.traceText(kFragmentUnits) + "' \n";
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
+
+void MergeTrace::finish() {
+    if (untraced_ == 0) return;
+    const std::string line =
+        "Merging fragments: " + std::to_string(untraced_) + " further joins not traced \n";
+    std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
+    untraced_ = 0;
+}
+
+void mergeFragments(std::vector<cFragment>& fragments, MergeTrace& trace) {
     if (fragments.empty()) return;
     size_t last = 0;
     for (size_t i = 1; i < fragments.size(); ++i) {
@@ -370,9 +425,7 @@ void mergeFragments(std::vector<cFragment>& fragments) {
             if (++last != i) fragments[last] = std::move(fragments[i]);
             continue;
         }
-        const std::string line = "Merging 2 fragments: '" + fragments[last].traceText() + "' + '" +
-                                 fragments[i].traceText() + "' \n";
-        std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
+        trace.join(fragments[last], fragments[i]);
         fragments[last].append(fragments[i]);
     }
     fragments.resize(last + 1);

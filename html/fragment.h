@@ -49,8 +49,9 @@ public:
     // Sets `text` to the characters, without styles.
     void getText(fmx::Text& text) const;
     // The characters as 8-bit text for the merge trace, each converted on its own as the host
-    // converts a text. Made when a trace needs it: most fragments are never traced.
-    std::string traceText() const;
+    // converts a text. Made when a trace needs it: most fragments are never traced. Past
+    // `maxUnits` units the text is cut, and "... (N characters)" names its full length.
+    std::string traceText(size_t maxUnits) const;
 
     std::string getInlineCSS() const;
     std::string getInlineCSSClasses() const;
@@ -121,6 +122,11 @@ private:
 };
 
 CSSMap CSSFromFormattings(const Formattings& formattings);
+// A font name as a font-family value that cannot end the declaration, the rule, the style
+// element or the attribute it is written into. A name of ASCII letters, digits, blanks, "-", "_"
+// and "." (characters beyond ASCII too) stays as it is; any other becomes a CSS string in single
+// quotes, with quotes, "\", "<", ">", "&" and control characters as hexadecimal escapes.
+std::string cssFontFamily(const std::string& name);
 std::string serialize_CSS(const CSSMap& css, const std::string& separator);
 
 // The formatting set of the character at `position`.
@@ -152,8 +158,25 @@ std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from,
                                         StyleCache& cache);
 
 bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b);
-// Joins neighbours of equal appearance, one trace line on standard output per join.
-void mergeFragments(std::vector<cFragment>& fragments);
+
+// The merge trace of one conversion on standard output, one line per join, kept small whatever
+// the text: a fragment's text is cut after kFragmentUnits units (its full length named), and
+// after kMaxLines lines further joins are only counted, in one closing line written by finish.
+class MergeTrace {
+public:
+    static constexpr size_t kFragmentUnits = 64;
+    static constexpr size_t kMaxLines = 1000;
+
+    void join(const cFragment& first, const cFragment& second);
+    void finish();
+
+private:
+    size_t lines_ = 0;
+    size_t untraced_ = 0;
+};
+
+// Joins neighbours of equal appearance, each join traced.
+void mergeFragments(std::vector<cFragment>& fragments, MergeTrace& trace);
 
 // "name" -> a class holding exactly `css`: an existing one, else prefix, prefix1, prefix2, ...
 std::string get_or_create_class(const std::string& css, const std::string& prefix,

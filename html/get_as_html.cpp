@@ -8,11 +8,14 @@
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
 #include "frame/exception_frame.h"
+#include "frame/nesting.h"
 #include "html/functions.h"
 
 namespace rvl::html {
 
 namespace {
+
+using rvl::CalculationNesting;
 
 constexpr const char* kBlockTags[] = {"h1", "h2",  "h3",  "h4",       "h5",         "h6",
                                       "p",  "pre", "div", "noscript", "blockquote", "address"};
@@ -147,15 +150,33 @@ void escalateSharedCssStyles(Paragraph& p, std::vector<cFragment>& fragments) {
     }
 }
 
-// The text of `prefix` + `source` + `suffix` evaluated in the caller's file.
-fmx::DataUniquePtr evaluateOnFM(const std::string& prefix, const fmx::Text& source,
-                                const std::string& suffix, const fmx::ExprEnv& env) {
+// The text of `prefix` + `source` + `suffix` evaluated in the caller's file; `error` gets the
+// host's error code of the evaluation.
+fmx::DataUniquePtr evaluateOnFM(const CalculationNesting& level, const std::string& prefix,
+                                const fmx::Text& source, const std::string& suffix,
+                                const fmx::ExprEnv& env, fmx::errcode* error = nullptr) {
     fmx::TextUniquePtr expression(prefix, fmx::kEncoding_UTF8);
     expression->AppendText(source);
     expression->AppendText(*fmx::TextUniquePtr(suffix, fmx::kEncoding_UTF8));
     fmx::DataUniquePtr value;
-    env.Evaluate(*expression, *value);
+    const fmx::errcode err = level.Evaluate(env, *expression, *value);
+    if (error != nullptr) *error = err;
     return value;
+}
+
+std::string evaluatedAsString(const CalculationNesting& level, const std::string& prefix,
+                              const fmx::Text& source, const std::string& suffix,
+                              const fmx::ExprEnv& env) {
+    return fmlib::StringFromFmText(evaluateOnFM(level, prefix, source, suffix, env)->GetAsText());
+}
+
+bool isReturn(fmx::uint16 unit) {
+    return unit == u'\r' || unit == u'\n' || unit == u'\u2028' || unit == u'\u2029';
+}
+
+// A value's paragraph: "left" is written as no alignment at all.
+std::string paragraphAlignment(const std::string& alignment) {
+    return alignment == "left" ? "none" : alignment;
 }
 
 // A paragraph without element has no escalation, which needs all its fragments at once: its
@@ -174,7 +195,7 @@ void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32
             fragmentsOf(cuts, first, std::min(first + kBatch, cuts.starts.size()));
         fragmentsPostProcessing(batch, conversion, tags, classes, styles);
         if (!held.empty()) batch.insert(batch.begin(), std::move(held.front()));
-        mergeFragments(batch);
+        mergeFragments(batch, conversion.trace);
         held.assign(std::make_move_iterator(batch.end() - 1), std::make_move_iterator(batch.end()));
         batch.pop_back();
         produceHTMLfromFragments(bare, batch, body);
@@ -195,24 +216,62 @@ void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const P
     }
 }
 
-void convertVariableValues(const fmx::Text& source, const ParamVector& tags,
-                           const ParamVector& classes, const ParamVector& styles,
-                           const fmx::ExprEnv& env, Conversion& conversion, std::u16string& body) {
-    const std::string count =
-        fmlib::StringFromFmText(evaluateOnFM("ValueCount(", source, ")", env)->GetAsText());
-    const long values = std::strtol(count.c_str(), nullptr, 10);
+// Value by value through the host, as the functions' definitions have it; each value costs an
+// evaluation of the whole list, so this is for lists whose GetAsCSS is not of the expected form.
+void convertValuesOneByOne(const CalculationNesting& level, const fmx::Text& source, long values,
+                           const ParamVector& tags, const ParamVector& classes,
+                           const ParamVector& styles, const fmx::ExprEnv& env,
+                           Conversion& conversion, std::u16string& body) {
     for (long n = 1; n <= values; ++n) {
-        std::string index = ";";
-        index += std::to_string(n);
-        index += ")";
-        const std::string css = fmlib::StringFromFmText(
-            evaluateOnFM("GetAsCSS(GetValue(", source, index + ")", env)->GetAsText());
-        std::string alignment = parseAlignmentFromGetAsCSS(css);
-        if (alignment == "left") alignment = "none";
-        const fmx::DataUniquePtr value = evaluateOnFM("GetValue(", source, index, env);
+        const std::string index = ";" + std::to_string(n) + ")";
+        const std::string alignment = paragraphAlignment(parseAlignmentFromGetAsCSS(
+            evaluatedAsString(level, "GetAsCSS(GetValue(", source, index + ")", env)));
+        const fmx::DataUniquePtr value = evaluateOnFM(level, "GetValue(", source, index, env);
         const fmx::Text& text = value->GetAsText();
         std::vector<cFragment> fragments =
             extractFragments(text, 0, text.GetSize(), conversion.styleCache);
+        transformRichtextToHTML(alignment, tags, classes, styles, fragments, conversion, body);
+    }
+}
+
+// The list, its GetAsCSS and its value count are evaluated once each and the values are cut
+// here, so that the time grows with the list's length, not with its square.
+void convertVariableValues(const CalculationNesting& level, const fmx::Text& source,
+                           const ParamVector& tags, const ParamVector& classes,
+                           const ParamVector& styles, const fmx::ExprEnv& env,
+                           Conversion& conversion, std::u16string& body) {
+    const long values =
+        std::strtol(evaluatedAsString(level, "ValueCount(", source, ")", env).c_str(), nullptr, 10);
+    fmx::errcode error = 0;
+    const fmx::DataUniquePtr list = evaluateOnFM(level, "", source, "", env, &error);
+    const fmx::Text& text = list->GetAsText();
+    std::vector<fmx::uint16> units(text.GetSize());
+    if (!units.empty()) text.GetUnicode(units.data(), 0, text.GetSize());
+    const std::vector<ValueSpan> spans = splitValues(units);
+    std::optional<std::vector<std::string>> alignments;
+    if (error == 0 && spans.size() == static_cast<size_t>(std::max(values, 0L))) {
+        // A value after a line feed, U+2028 or U+2029 starts no paragraph, yet GetValue gives it
+        // the alignment found where it starts: as a paragraph of its own it has that in GetAsCSS.
+        const bool onlyCR = std::all_of(units.begin(), units.end(),
+                                        [](fmx::uint16 u) { return !isReturn(u) || u == u'\r'; });
+        const std::string css =
+            onlyCR ? evaluatedAsString(level, "GetAsCSS(", source, ")", env)
+                   : evaluatedAsString(level, "GetAsCSS(Substitute(", source,
+                                       ";[Char(10);Char(13)];[Char(8232);Char(13)];"
+                                       "[Char(8233);Char(13)]))",
+                                       env);
+        alignments = alignmentsFromGetAsCSS(
+            css, static_cast<size_t>(std::count_if(units.begin(), units.end(), isReturn)),
+            spans.size());
+    }
+    if (!alignments) {
+        convertValuesOneByOne(level, source, values, tags, classes, styles, env, conversion, body);
+        return;
+    }
+    for (size_t n = 0; n < spans.size(); ++n) {
+        const std::string alignment = paragraphAlignment((*alignments)[n]);
+        std::vector<cFragment> fragments =
+            extractFragments(text, spans[n].start, spans[n].end, conversion.styleCache);
         transformRichtextToHTML(alignment, tags, classes, styles, fragments, conversion, body);
     }
 }
@@ -383,10 +442,55 @@ void transformRichtextToHTML(const std::string& alignment, const ParamVector& ta
                              std::vector<cFragment>& fragments, Conversion& conversion,
                              std::u16string& body) {
     fragmentsPostProcessing(fragments, conversion, tags, classes, styles);
-    mergeFragments(fragments);
+    mergeFragments(fragments, conversion.trace);
     Paragraph paragraph =
         createParagraphFragment(alignment, tags, classes, styles, conversion.classMap);
     produceHTMLfromFragments(paragraph, fragments, body);
+}
+
+std::vector<ValueSpan> splitValues(const std::vector<fmx::uint16>& units) {
+    std::vector<ValueSpan> spans;
+    fmx::uint32 start = 0;
+    const auto size = static_cast<fmx::uint32>(units.size());
+    for (fmx::uint32 i = 0; i < size; ++i) {
+        if (!isReturn(units[i])) continue;
+        spans.push_back({start, i});
+        start = i + 1;
+    }
+    if (start < size) spans.push_back({start, size});
+    return spans;
+}
+
+std::optional<std::vector<std::string>> alignmentsFromGetAsCSS(const std::string& css,
+                                                               size_t returns, size_t values) {
+    std::vector<std::optional<std::string>> found(values);
+    std::string_view openSpan;  // the opening tag of the span being read
+    size_t breaks = 0;
+    for (size_t i = 0; i < css.size();) {
+        if (css[i] == '<') {
+            // A span's tag ends after its style attribute, which may hold a ">" in a font name.
+            const bool span = css.compare(i, 5, "<span") == 0;
+            const size_t end = span ? css.find("\">", i) : css.find('>', i);
+            if (end == std::string::npos) return std::nullopt;
+            const size_t after = end + (span ? 2 : 1);
+            const std::string_view tag = std::string_view(css).substr(i, after - i);
+            if (tag == "<br>") ++breaks;
+            if (span) openSpan = tag;
+            i = after;
+            continue;
+        }
+        if (breaks < values && !found[breaks]) {
+            found[breaks] = parseAlignmentFromGetAsCSS(std::string(openSpan));
+        }
+        // The rest of the character or entity; only a value's first character counts.
+        const size_t next = css[i] == '&' ? css.find(';', i) : i;
+        i = next == std::string::npos ? css.size() : next + 1;
+    }
+    if (breaks != returns) return std::nullopt;
+    std::vector<std::string> alignments;
+    alignments.reserve(values);
+    for (std::optional<std::string>& a : found) alignments.push_back(a ? std::move(*a) : "left");
+    return alignments;
 }
 
 std::string parseAlignmentFromGetAsCSS(const std::string& css) {
@@ -416,14 +520,15 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
     body.reserve(std::min<size_t>(2 * size_t{source.GetSize()} + 64, size_t{1} << 26));
     fmx::uint16 first = 0;
     if (source.GetSize() > 0) source.GetUnicode(&first, 0, 1);
-    const bool variable =
-        first == u'$' &&
-        fmlib::StringFromFmText(evaluateOnFM("isEmpty(", source, ")", env)->GetAsText()) == "0";
-    if (variable) {
-        convertVariableValues(source, tags, classes, styles, env, conversion, body);
+    // Only the "$" form evaluates calculations, which may call this function again.
+    std::optional<CalculationNesting> level;
+    if (first == u'$') level.emplace();
+    if (level && evaluatedAsString(*level, "isEmpty(", source, ")", env) == "0") {
+        convertVariableValues(*level, source, tags, classes, styles, env, conversion, body);
     } else {
         convertParagraphs(source, tags, classes, styles, conversion, body);
     }
+    conversion.trace.finish();
 
     std::u16string styleBlock;
     appendCssClasses(conversion.classMap, "", styleBlock);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct Conversion {
     ClassMap classMap;
     StyleCache styleCache;
     std::vector<std::unique_ptr<ProcessedStyle>> processed;  // by style index
+    MergeTrace trace;
 };
 
 // Tags, classes and inline style of each fragment (cut with the conversion's style cache).
@@ -64,6 +66,22 @@ void transformRichtextToHTML(const std::string& alignment, const ParamVector& ta
                              std::u16string& body);
 
 std::string parseAlignmentFromGetAsCSS(const std::string& css);
+
+// The values of a list: [start, end) of each, without its return. Returns are CR, LF, U+2028
+// and U+2029, as for the host's value functions; a return at the very end starts no value.
+struct ValueSpan {
+    fmx::uint32 start;
+    fmx::uint32 end;
+};
+std::vector<ValueSpan> splitValues(const std::vector<fmx::uint16>& units);
+
+// The alignment of each of `values` values, as parseAlignmentFromGetAsCSS reads it from
+// GetAsCSS ( GetValue ( list ; n ) ), read in one pass from `css`, the host's GetAsCSS of the
+// whole list: there each return is a "<br>", and a value's first character stands in a span
+// whose style carries the alignment of its paragraph. An empty value is "left". Nothing when
+// `css` does not hold one "<br>" per return (`returns`), that is when it is not of that form.
+std::optional<std::vector<std::string>> alignmentsFromGetAsCSS(const std::string& css,
+                                                               size_t returns, size_t values);
 
 // The whole conversion of `source` (styled text, or the name of a variable holding styled
 // values) into `result`.

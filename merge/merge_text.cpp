@@ -11,6 +11,7 @@
 #include "fmlib/stop.h"
 #include "frame/answers.h"
 #include "frame/exception_frame.h"
+#include "frame/nesting.h"
 #include "merge/functions.h"
 #include "merge/results_map.h"
 
@@ -21,15 +22,15 @@ constexpr fmx::uint32 kMarkerSize = 2;
 
 // Appends the value of one expression: from the cache, else evaluated (and then cached). A
 // failing expression stands for itself and is not cached, so it is tried again where it recurs.
-void appendEvaluated(const fmx::ExprEnv& env, const fmx::Text& expression, ResultsMap& cache,
-                     fmx::Text& output) {
+void appendEvaluated(const rvl::CalculationNesting& level, const fmx::ExprEnv& env,
+                     const fmx::Text& expression, ResultsMap& cache, fmx::Text& output) {
     fmx::TextUniquePtr cached;
     if (cache.find(expression, *cached) == 0) {
         output.AppendText(*cached);
         return;
     }
     fmx::DataUniquePtr value;
-    if (env.Evaluate(expression, *value) != 0) {
+    if (level.Evaluate(env, expression, *value) != 0) {
         output.AppendText(expression);
         return;
     }
@@ -43,6 +44,8 @@ void appendEvaluated(const fmx::ExprEnv& env, const fmx::Text& expression, Resul
 void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fmx::Data& result) {
     // Ravelin_MergeText answers a call without arguments itself: only a bug gets here without.
     fmlib::StopUnless(dataVect.Size() > 0, "dataVect.Size() > 0", __func__);
+    // The expressions may call this function again.
+    const rvl::CalculationNesting level;
     fmx::TextUniquePtr source;
     source->AppendText(dataVect.AtAsText(0));
     fmx::TextUniquePtr output;
@@ -66,7 +69,7 @@ void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fm
         expression->DeleteText(0);
         expression->AppendText(*source, start, c - start);
         output->AppendText(*source, p, o - p);
-        appendEvaluated(env, *expression, cache, *output);
+        appendEvaluated(level, env, *expression, cache, *output);
         p = c + kMarkerSize;
     }
     output->AppendText(*source, p, fmx::kSize_End);

@@ -50,7 +50,7 @@ case "${1:-}" in
     ;;
   test)
     # The HTML checks render in a real browser and parse with an HTML5 parser.
-    install_missing chromium python3-html5lib
+    install_missing chromium python3-html5lib python3-tinycss2
     # The configuration users build, then the sanitizers (with debug information for their
     # reports). Our own checks treat warnings as errors.
     build "$root/build" Release -DRAVELIN_WERROR=ON

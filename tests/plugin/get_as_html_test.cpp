@@ -3,6 +3,7 @@
 // variable path and the merge trace. Every output also passes an HTML5 parser.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -224,6 +225,18 @@ TEST_F(GetAsHTML, ParagraphsAndEscaping) {
          sharedColour + "Ravelin_GetAsHTML ( \"$t\" ; \"bold=b\" ; \"all=c\" ) )",
          kStyleOpen + ".c { color:#ff0000; }\r.c1 { text-align:center; }\r" + kStyleClose +
              "<p class=\"c1 c\"><b>x</b>y</p>\r"},
+        {"values after a line feed, U+2028 and U+2029 keep their own alignment",
+         "Let ( $t = FMSim_TextAlign ( \"one\" ; \"right\" ) & Char ( 10 ) & \"two\" & Char ( "
+         "8232 ) & FMSim_TextAlign ( \"x\" ; \"center\" ) & Char ( 8233 ) & \"y\" ; "
+         "Ravelin_GetAsHTML ( \"$t\" ; \"\" ; \"\" ; \"all\" ) )",
+         "<p style=\"text-align:right;\">one</p>\rtwo<p style=\"text-align:center;\">x</p>\ry"},
+        // The host's GetAsCSS of this list does not read as one "<br>" per return: the values
+        // are then asked for one by one, with the same result.
+        {"a font name the list's GetAsCSS cannot be read with",
+         "Let ( $t = FMSim_TextAlign ( TextFont ( \"x\" ; \"A\\\"><br>\" ) & ¶ & \"y\" ; "
+         "\"center\" ) ; Ravelin_GetAsHTML ( \"$t\" ; \"\" ; \"\" ; \"all\" ) )",
+         "<p style=\"font-family:'A\\22 \\3e \\3c br\\3e ';text-align:center;\">x</p>\r"
+         "<p style=\"text-align:center;\">y</p>\r"},
         {"a name not holding values is text", "Ravelin_GetAsHTML ( \"$unset\" )", "$unset"},
         {"not a variable name", "Ravelin_GetAsHTML ( \"$ & <\" )", "$ &amp; &lt;"},
         {"escaping",
@@ -252,6 +265,71 @@ TEST_F(GetAsHTML, MergesNeighboursOfEqualAppearance) {
          "; Bold + Italic ) ; \"bold=b\" ; \"\" ; \"\" )",
          "<b>ab</b>", "Merging 2 fragments: 'a' + 'b' \n"},
     });
+}
+
+// One call's trace stays small however long the text: a fragment's text is cut after 64 units
+// with its length named, and after 1000 lines the joins are only counted.
+TEST_F(GetAsHTML, TraceOfALongMergeStaysSmall) {
+    // 65,536 letters, red and blue in turn: with no styles allowed all of them are one fragment.
+    const std::string calc =
+        "Let ( $t = While ( [ i = 1 ; t = TextColor ( \"a\" ; RGB ( 255 ; 0 ; 0 ) ) & TextColor "
+        "( \"b\" ; RGB ( 0 ; 0 ; 255 ) ) ] ; i < 16 ; [ t = t & t ; i = i + 1 ] ; t ) ; "
+        "Length ( Ravelin_GetAsHTML ( $t ; \"\" ; \"\" ; \"\" ) ) )";
+    ::testing::internal::CaptureStdout();
+    const sim::EvalResult r = session_->eval(calc);
+    const std::string trace = ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(r.text, "65536");
+    EXPECT_LT(trace.size(), size_t{1} << 20);
+    std::string ab;
+    for (int i = 0; i < 32; ++i) ab += "ab";
+    EXPECT_NE(trace.find("Merging 2 fragments: 'a' + 'b' \n"), std::string::npos);
+    EXPECT_NE(trace.find("Merging 2 fragments: '" + ab + "... (1000 characters)' + 'a' \n"),
+              std::string::npos);
+    EXPECT_TRUE(trace.ends_with("Merging fragments: 64535 further joins not traced \n"));
+    EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 1001);
+}
+
+// Font names reach the browser as names. Ordinary ones are written as they are; any other is
+// quoted and escaped so that it cannot end the declaration, the style element or the attribute.
+TEST_F(GetAsHTML, FontNamesCannotEndTheirContext) {
+    const char* const ordinary[] = {"Arial", "Times New Roman", "Helvetica Neue",
+                                    "DejaVu Sans-Bold", "Noto_Sans 2.0"};
+    std::vector<Case> cases;
+    for (const char* name : ordinary) {
+        const std::string font = std::string("TextFont ( \"x\" ; \"") + name + "\" )";
+        cases.push_back(
+            {name, inlineOnly(font), span(std::string("font-family:") + name + ";", "x")});
+        cases.push_back({name, "Ravelin_GetAsHTML ( " + font + " )",
+                         kStyleOpen + ".rvl { font-family:" + name + "; }\r" + kStyleClose +
+                             "<span class=\"rvl\">x</span>"});
+    }
+    check(cases);
+
+    // The name as a calculation, and as the host holds it.
+    const std::pair<std::string, std::string> hostile[] = {
+        {R"~("Arial; } </style><script>alert(1)</script>")~",
+         "Arial; } </style><script>alert(1)</script>"},
+        {R"~("A\"><script>alert(1)</script>")~", "A\"><script>alert(1)</script>"},
+        {R"~("A'; color:red; x:'")~", "A'; color:red; x:'"},
+        {R"~("A\\'} p { color:red")~", "A\\'} p { color:red"},
+        {R"~("x{}.y{color:red}")~", "x{}.y{color:red}"},
+        {R"~("A</span><img src=x onerror=alert(1)>")~", "A</span><img src=x onerror=alert(1)>"},
+        {R"~("Fish &amp; Chips")~", "Fish &amp; Chips"},
+        {R"~("Tab" & Char ( 9 ) & "Line" & Char ( 10 ) & "End")~", "Tab\tLine\nEnd"},
+        {R"~("/* x */ 'y'")~", "/* x */ 'y'"},
+    };
+    std::vector<std::pair<std::string, std::string>> outputs;
+    for (const auto& [calc, name] : hostile) {
+        SCOPED_TRACE(name);
+        const std::string font = "TextFont ( \"x\" ; " + calc + " )";
+        for (const std::string& form : {"Ravelin_GetAsHTML ( " + font + " )", inlineOnly(font)}) {
+            const sim::EvalResult r = session_->eval(form);
+            EXPECT_EQ(r.type, "Text");
+            EXPECT_EQ(r.text.find("<script"), std::string::npos) << r.text;
+            outputs.emplace_back(r.text, name);
+        }
+    }
+    html_test::expectFontFamilies(outputs);
 }
 
 // A server converts on many threads at once, each with its own variables; the generated classes
