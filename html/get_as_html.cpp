@@ -15,8 +15,6 @@ namespace rvl::html {
 
 namespace {
 
-using rvl::CalculationNesting;
-
 constexpr const char* kBlockTags[] = {"h1", "h2",  "h3",  "h4",       "h5",         "h6",
                                       "p",  "pre", "div", "noscript", "blockquote", "address"};
 
