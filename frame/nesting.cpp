@@ -19,9 +19,8 @@ thread_local ThreadNesting tNesting;
 
 NestingLimitError::NestingLimitError()
     : std::runtime_error(
-          "Calculations nested too deeply: Ravelin_MergeText and "
-          "Ravelin_GetAsHTML may evaluate calculations that call them again at "
-          "most " +
+          "Calculations nested too deeply: Ravelin_MergeText and Ravelin_GetAsHTML "
+          "may evaluate calculations that call them again at most " +
           std::to_string(kMaxCalculationNesting) + " levels deep") {}
 
 CalculationNesting::CalculationNesting() {
@@ -42,7 +41,5 @@ fmx::errcode CalculationNesting::Evaluate(const fmx::ExprEnv& env, const fmx::Te
     if (tNesting.limitHit) throw NestingLimitError();
     return err;
 }
-
-int CalculationNesting::Depth() { return tNesting.depth; }
 
 }  // namespace rvl

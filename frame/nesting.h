@@ -39,9 +39,6 @@ public:
     // limit. Answers the host's error code of the evaluation.
     fmx::errcode Evaluate(const fmx::ExprEnv& env, const fmx::Text& expression,
                           fmx::Data& result) const;
-
-    // Levels the calling thread runs now.
-    static int Depth();
 };
 
 }  // namespace rvl
