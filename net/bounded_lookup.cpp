@@ -36,9 +36,11 @@ public:
         auto job = std::make_shared<Job>();
         job->lookup = std::move(lookup);
         std::unique_lock<std::mutex> hold(lock_);
-        const auto running = std::count_if(workers_.begin(), workers_.end(),
-                                           [](const Worker& w) { return !w.job->done; });
-        if (static_cast<std::size_t>(running) >= kMaxLookupWorkers) return false;
+        // Many look-ups at once wait for a free place, within their own deadline.
+        if (!finished_.wait_until(hold, deadline,
+                                  [&] { return runningLocked() < kMaxLookupWorkers; })) {
+            return false;
+        }
         try {
             workers_.push_back({job, std::thread([this, job, servers] { work(*job, servers); })});
         } catch (const std::system_error&) {
@@ -57,6 +59,11 @@ public:
     }
 
 private:
+    std::size_t runningLocked() const {
+        return static_cast<std::size_t>(std::count_if(
+            workers_.begin(), workers_.end(), [](const Worker& w) { return !w.job->done; }));
+    }
+
     // The thread's own resolver state (glibc keeps one per thread): the host's threads keep
     // theirs untouched.
     static void configureResolver(const NameServers& servers) {

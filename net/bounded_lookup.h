@@ -24,7 +24,7 @@ struct NameServers {
 
 // How long a worker's resolver waits for one server, trying each once.
 inline constexpr int kResolverTryTimeoutSeconds = 1;
-// Look-ups still running at once; a further one fails at once instead of starting a thread.
+// Look-ups running at once; a further one waits, within its deadline, for one of them to end.
 inline constexpr std::size_t kMaxLookupWorkers = 16;
 
 // Runs `lookup` (which calls the system resolver and keeps its answer in what it captures) on a
