@@ -46,7 +46,19 @@ public:
         } catch (const std::system_error&) {
             return false;
         }
-        return finished_.wait_until(hold, deadline, [&] { return job->done; });
+        if (!finished_.wait_until(hold, deadline, [&] { return job->done; })) return false;
+        // Joined at once: a look-up that answered in time leaves no thread behind, nor the
+        // resolver state that the thread frees as it ends.
+        std::list<Worker> own;
+        for (auto it = workers_.begin(); it != workers_.end(); ++it) {
+            if (it->job == job) {
+                own.splice(own.end(), workers_, it);
+                break;
+            }
+        }
+        hold.unlock();
+        for (Worker& w : own) w.thread.join();
+        return true;
     }
 
     void joinAll() {
