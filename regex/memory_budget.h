@@ -13,7 +13,7 @@ namespace rvl {
 // The thread sanitizer keeps its own copy of the call stack, of a fixed number of frames, and
 // fails on recursion far shallower than any stack: its builds refuse much sooner.
 inline constexpr std::size_t kRegexCallLimit = std::size_t{12} << 20;
-inline constexpr std::size_t kRegexProcessBudget = std::size_t{24} << 20;
+inline constexpr std::size_t kRegexProcessBudget = 16 * kRegexCallLimit;
 #else
 inline constexpr std::size_t kRegexCallLimit = std::size_t{256} << 20;
 inline constexpr std::size_t kRegexProcessBudget = std::size_t{512} << 20;
