@@ -1,12 +1,14 @@
 #include "entry/lifecycle.h"
 
+#include "net/bounded_lookup.h"
 #include "scripts/host_script.h"
 #include "scripts/ravelin.h"
 
-// Nothing to prepare or release on this platform: the subsystems' state lives in statics that
-// are built on first use and destroyed when the library is unloaded.
+// Nothing else to prepare or release on this platform: the subsystems' state lives in statics
+// that are built on first use and destroyed when the library is unloaded.
 bool Startup() { return true; }
-void Shutdown() {}
+// Name look-ups that outlived their callers still run code of this library.
+void Shutdown() { slib::JoinLookupWorkers(); }
 void Preferences() {}
 
 // The only place where scheduled scripts start.

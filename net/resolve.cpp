@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -22,9 +23,8 @@ namespace {
 constexpr std::size_t kMaxAddressText = 16;
 constexpr std::size_t kHostSize = 1025;
 constexpr std::size_t kServiceSize = 32;
-}  // namespace
 
-std::string IPForName(std::string hostName) {
+std::string ipForNameNow(const std::string& hostName) {
     // Not getaddrinfo: it sorts the addresses by route and prefix, and the answer is the first
     // address in the resolver's own order.
     hostent entry{};
@@ -43,9 +43,7 @@ std::string IPForName(std::string hostName) {
     return std::string(text).substr(0, kMaxAddressText);
 }
 
-std::string NameForIP(const std::string& hostIP) {
-    const in_addr_t parsed = inet_addr(hostIP.c_str());
-    if (parsed == INADDR_NONE) return kInvalidIP;
+std::string nameForAddressNow(in_addr_t parsed) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = 0;
@@ -58,6 +56,28 @@ std::string NameForIP(const std::string& hostIP) {
         return kNoHostInformation;
     }
     return host;
+}
+
+// What `resolve` answers, or `failed` when it has not answered within kLookupWait.
+template <class Resolve>
+std::string resolveInTime(Resolve resolve, const NameServers& servers, const char* failed) {
+    auto answer = std::make_shared<std::string>(failed);
+    auto lookup = [answer, resolve] { *answer = resolve(); };
+    if (!LookUpBefore(lookup, servers, LookupClock::now() + kLookupWait)) return failed;
+    return *answer;
+}
+
+}  // namespace
+
+std::string IPForName(std::string hostName, const NameServers& servers) {
+    return resolveInTime([hostName] { return ipForNameNow(hostName); }, servers, kNoIPForHost);
+}
+
+std::string NameForIP(const std::string& hostIP, const NameServers& servers) {
+    const in_addr_t parsed = inet_addr(hostIP.c_str());
+    if (parsed == INADDR_NONE) return kInvalidIP;
+    return resolveInTime([parsed] { return nameForAddressNow(parsed); }, servers,
+                         kNoHostInformation);
 }
 
 }  // namespace slib

@@ -21,13 +21,4 @@ namespace rvl {
 // instead of overflowing.
 std::size_t RegexStackBytes(std::wstring_view pattern, std::size_t textLength);
 
-// The most stack one substitution may reserve (lazily); beyond it the text is refused. The
-// thread sanitizer keeps its own copy of the call stack, of a fixed number of frames, and fails
-// on recursion far shallower than any stack: its builds refuse much sooner.
-#if defined(__SANITIZE_THREAD__)
-inline constexpr std::size_t kRegexStackLimit = std::size_t{12} << 20;
-#else
-inline constexpr std::size_t kRegexStackLimit = std::size_t{4} << 30;
-#endif
-
 }  // namespace rvl

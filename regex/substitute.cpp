@@ -30,6 +30,8 @@
 #include "frame/exception_frame.h"
 #include "regex/big_stack.h"
 #include "regex/functions.h"
+#include "regex/memory_budget.h"
+#include "regex/pattern_check.h"
 #include "regex/stack_estimate.h"
 
 // Not in an anonymous namespace: with internal linkage the compiler folds the matcher's handlers
@@ -107,14 +109,19 @@ private:
 
 SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::wstring& source,
                                         unsigned replacements) {
+    CheckPatternNumbers(pattern);
     const std::size_t needed = RegexStackBytes(pattern, source.size());
-    const bool fits = needed <= kRegexStackLimit;
+    const bool fits = needed <= kRegexCallLimit;
+    // Without the text, the stack only has to hold the compiler (and a refusal is due anyway).
+    const std::size_t stack = fits ? needed : RegexStackBytes(pattern, 0);
+    if (stack > kRegexCallLimit) throw std::length_error(kPatternTooLarge);
+    const RegexMemoryReservation reservation(stack);
     SubstituteMatches found;
-    RunOnBigStack(fits ? needed : RegexStackBytes(pattern, 0), [&] {
+    RunOnBigStack(stack, [&] {
         const std::wregex expression(pattern);
         const unsigned marks = expression.mark_count();
         if (marks == 0) return;
-        if (!fits) throw std::length_error("The text is too long for this pattern");
+        if (!fits) throw std::length_error(kTextTooLong);
         found.groups = std::min(replacements, marks);
         StepBudget budget(source.size());
         const auto begin = source.begin();

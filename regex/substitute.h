@@ -17,12 +17,17 @@ struct SubstituteMatches {
     std::vector<uint32_t> spans;
 };
 
+inline constexpr char kTextTooLong[] = "The text is too long for this pattern";
+inline constexpr char kPatternTooLarge[] = "The pattern is too large";
+
 // The matches that a substitution with `replacements` replacement strings uses, found in the
-// order and with the stop rules of the substitution. Builds the expression (std::regex_error
-// for a bad pattern) and matches on a thread with a stack big enough for the text, or throws
-// std::length_error ("The text is too long for this pattern") before matching when that stack
-// would exceed kRegexStackLimit, or std::runtime_error when runaway backtracking spends the
-// matching's step budget.
+// order and with the stop rules of the substitution. Checks the pattern's numbers
+// (std::invalid_argument, pattern_check.h), builds the expression (std::regex_error for a bad
+// pattern) and matches on a thread with a stack big enough for the text. Throws
+// std::length_error (kTextTooLong) before matching when that stack would exceed kRegexCallLimit,
+// or (kPatternTooLarge) when compiling alone would; std::runtime_error when the process's budget
+// cannot cover the stack (kRegexMemoryBusy) or when runaway backtracking spends the matching's
+// step budget.
 SubstituteMatches FindSubstituteMatches(const std::wstring& pattern, const std::wstring& source,
                                         unsigned replacements);
 

@@ -13,6 +13,8 @@ constexpr fmx::errcode kWrongTimestamp = -1001;
 constexpr double kSecondsInADay = 86400.0;
 constexpr char kScriptNamesCalculation[] = "ScriptNames( \"\" )";
 constexpr fmx::uint32 kFileNamePosition = 14;  // between the two quotation marks
+constexpr char kQueueFull[] =
+    "Too many scheduled scripts are waiting (at most 10000, with 16 MB of names and parameters)";
 
 // The evaluation's error is not looked at: a failed one leaves the name empty.
 fmx::TextUniquePtr callingFileName(const fmx::ExprEnv& env) {
@@ -113,8 +115,12 @@ fmx::errcode doFileMakerScript(const fmx::ExprEnv& env, const fmx::DataVect& arg
         rvl::AnswerBadParameters("Invalid script name", env, result);
         return 0;
     }
-    scheduler.scheduleScript(fmlib::StringFromFmText(*name), fmlib::StringFromFmText(*fileName),
-                             fmlib::StringFromFmText(parameter->GetAsText()), delay);
+    if (!scheduler.scheduleScript(fmlib::StringFromFmText(*name),
+                                  fmlib::StringFromFmText(*fileName),
+                                  fmlib::StringFromFmText(parameter->GetAsText()), delay)) {
+        rvl::AnswerError(rvl::kGenericError, kQueueFull, env, result);
+        return 0;
+    }
     fmlib::FMErrCode2FMData(rvl::kNoError, result);
     return 0;
 }

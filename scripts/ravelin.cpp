@@ -51,18 +51,39 @@ Ravelin::~Ravelin() {
     if (timer_.joinable()) timer_.join();
 }
 
-void Ravelin::scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
+namespace {
+
+std::size_t bytesOf(const FileMakerScript& s) {
+    return s.script_name.size() + s.file_name.size() + s.script_parameters.size();
+}
+
+}  // namespace
+
+bool Ravelin::queueHasRoomLocked(std::size_t bytes) const {
+    const std::size_t pending = scheduledScripts_ ? scheduledScripts_->size() : 0;
+    if (waiting_.size() + pending >= kMaxQueuedScripts) return false;
+    std::size_t queued = bytes;
+    for (const auto& [due, script] : waiting_) queued += bytesOf(script);
+    if (scheduledScripts_) {
+        for (const FileMakerScript& script : *scheduledScripts_) queued += bytesOf(script);
+    }
+    return queued <= kMaxQueuedBytes;
+}
+
+bool Ravelin::scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
                              double delaySeconds) {
     std::lock_guard lock(mutex_);
-    if (stopping_) return;
+    if (stopping_) return true;
     const std::optional<std::chrono::nanoseconds> due = dueTime(clock_->now(), delaySeconds);
     // The timer would never look at it again.
-    if (!due) return;
+    if (!due) return true;
+    if (!queueHasRoomLocked(scriptName.size() + fileName.size() + parameter.size())) return false;
     startTimerLocked();
     waiting_.emplace(
         *due, FileMakerScript{std::move(scriptName), std::move(fileName), std::move(parameter)});
     ++wakeups_;
     timerWake_.notify_one();
+    return true;
 }
 
 void Ravelin::startTimerLocked() {

@@ -35,6 +35,11 @@ public:
 
     // A sizing hint for the pending array when it is first created, not a limit.
     static constexpr std::size_t kInitialCapacity = 1000;
+    // How many requests may be queued at once, waiting and pending together, and how many bytes
+    // of names and parameters they may hold: a calculation run in a loop cannot fill the
+    // server's memory with requests.
+    static constexpr std::size_t kMaxQueuedScripts = 10000;
+    static constexpr std::size_t kMaxQueuedBytes = std::size_t{16} << 20;
 
     // The plug-in's own scheduler: steady clock, log on standard error. Built on first use and
     // destroyed when the library is unloaded, which stops its timer thread.
@@ -47,9 +52,11 @@ public:
     Ravelin& operator=(const Ravelin&) = delete;
 
     // Returns at once; the request cannot be cancelled. A delay of zero or less comes due at
-    // once; one that never comes due (see dueTime) is not kept at all. Throws only when the
-    // timer thread cannot be started, and then nothing is scheduled.
-    void scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
+    // once; one that never comes due (see dueTime) is not kept at all. False, with nothing
+    // scheduled, when the queue already holds kMaxQueuedScripts requests or the request would
+    // take it past kMaxQueuedBytes. Throws only when the timer thread cannot be started, and
+    // then nothing is scheduled.
+    bool scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
                         double delaySeconds);
 
     // The pending array: nullopt until the first request came due.
@@ -74,6 +81,7 @@ public:
 
 private:
     void startTimerLocked();
+    bool queueHasRoomLocked(std::size_t bytes) const;
     void runTimer() noexcept;
     // Moves every due request to the pending array and returns the log lines that go with it.
     std::vector<std::string> deliverDueLocked();

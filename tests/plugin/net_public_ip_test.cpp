@@ -129,7 +129,7 @@ TEST(PublicIP, FailsBeforeTheAnswer) {
     EXPECT_EQ(slib::GetClientPublicIP(2, out, loopback("no-such-service")), -3);
     // A host value with a path never resolves; the lookup stays on a loopback name server.
     const net_test::LoopbackResolver resolver(3);
-    EXPECT_EQ(slib::GetClientPublicIP(4, out, slib::kEndpoints), -3);
+    EXPECT_EQ(slib::GetClientPublicIP(4, out, slib::kEndpoints, resolver.servers()), -3);
 }
 
 // Ravelin_GetClientPublicIPAddress's order, with one responder per method.
@@ -149,9 +149,9 @@ protected:
             endpoints_[m - 1] = {"127.0.0.1", ports_[m - 1].c_str()};
         }
     }
-    std::string call(const slib::EndpointTable& endpoints) {
+    std::string call(const slib::EndpointTable& endpoints, const slib::NameServers& servers = {}) {
         const sim::DataHandle result = sim::makeData();
-        slib::PerformGetClientPublicIPAddress(env(), *result, endpoints);
+        slib::PerformGetClientPublicIPAddress(env(), *result, endpoints, servers);
         return sim::toUtf8(sim::valueOf(*result).asText().units());
     }
 
@@ -192,8 +192,30 @@ TEST_F(PublicIPAddress, TriesMethodsInOrderUntilOneAnswers) {
 
 TEST_F(PublicIPAddress, WithoutNameServiceAnswersTheLastLookupFailure) {
     const net_test::LoopbackResolver resolver(3);
-    EXPECT_EQ(call(slib::kEndpoints), "-3");
+    EXPECT_EQ(call(slib::kEndpoints, resolver.servers()), "-3");
     EXPECT_EQ(variable("$$Ravelin_LastErrorMessage"), "Public IP is not available");
+}
+
+// Services that accept and never answer, and a name server that never answers: the call gives up
+// once its one deadline has passed, with the status of the step that was waiting.
+TEST_F(PublicIPAddress, SilentServicesAndNameServersEndAtTheCallsDeadline) {
+    HttpResponder silent([](const auto&) { return Answer{"", "", true}; });
+    const std::string port = silent.port();
+    slib::EndpointTable endpoints{};
+    endpoints.fill({"127.0.0.1", port.c_str()});
+    const net_test::SilentNameServer nameServer;
+    const struct {
+        slib::EndpointTable endpoints;
+        const char* status;
+    } cases[] = {{endpoints, "-7"}, {slib::kEndpoints, "-3"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.status);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(call(c.endpoints, nameServer.servers()), c.status);
+        // Generous beside the five seconds, on a loaded machine.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(12));
+    }
+    slib::JoinLookupWorkers();
 }
 
 TEST(PublicIP, FailuresLeaveNoDescriptorOpen) {

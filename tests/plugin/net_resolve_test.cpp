@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -32,17 +33,32 @@ TEST(Resolve, NameForIP) {
         {"::1", "Invalid IP address"}, {"1.2.3.4.5", "Invalid IP address"},
         {"", "Invalid IP address"},
     };
-    for (const auto& c : cases) EXPECT_EQ(slib::NameForIP(c.ip), c.name) << c.ip;
+    for (const auto& c : cases) EXPECT_EQ(slib::NameForIP(c.ip, noNames.servers()), c.name) << c.ip;
 }
 
 TEST(Resolve, FailuresComeBackAsMessages) {
     const net_test::LoopbackResolver failing(2);
-    EXPECT_EQ(slib::NameForIP("192.0.2.77"), "Cannot get host information for IP");
-    EXPECT_EQ(slib::IPForName("no-such-host.invalid"), "Cannot retrieve IP for host");
-    EXPECT_EQ(slib::IPForName("localhost"), "127.0.0.1");  // the hosts file first
-    EXPECT_EQ(slib::IPForName("127.1"), "127.0.0.1");
-    EXPECT_EQ(slib::IPForName("::1"), "Cannot retrieve IP for host");
-    EXPECT_EQ(slib::IPForName(""), "Cannot retrieve IP for host");
+    const slib::NameServers s = failing.servers();
+    EXPECT_EQ(slib::NameForIP("192.0.2.77", s), "Cannot get host information for IP");
+    EXPECT_EQ(slib::IPForName("no-such-host.invalid", s), "Cannot retrieve IP for host");
+    EXPECT_EQ(slib::IPForName("localhost", s), "127.0.0.1");  // the hosts file first
+    EXPECT_EQ(slib::IPForName("127.1", s), "127.0.0.1");
+    EXPECT_EQ(slib::IPForName("::1", s), "Cannot retrieve IP for host");
+    EXPECT_EQ(slib::IPForName("", s), "Cannot retrieve IP for host");
+}
+
+// A name server that never answers costs the caller at most the look-up's wait, and the failure
+// message; the worker left behind finishes on its own.
+TEST(Resolve, SilentNameServerFailsWithinTheWait) {
+    const net_test::SilentNameServer silent;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(slib::IPForName("silent.example.", silent.servers()), "Cannot retrieve IP for host");
+    EXPECT_EQ(slib::NameForIP("192.0.2.78", silent.servers()),
+              "Cannot get host information for IP");
+    // Generous: two waits of two seconds, on a loaded machine.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
+    slib::JoinLookupWorkers();
+    EXPECT_EQ(slib::IPForName("localhost", silent.servers()), "127.0.0.1");
 }
 
 // The name server's order stands, whatever the addresses: no sorting by route or prefix.
@@ -59,7 +75,7 @@ TEST(Resolve, IPForNameGivesTheFirstAddressListed) {
         std::vector<in_addr_t> addresses;
         for (const char* a : c.listed) addresses.push_back(inet_addr(a));
         const net_test::LoopbackResolver several(0, addresses);
-        EXPECT_EQ(slib::IPForName("several.example"), c.first) << c.first;
+        EXPECT_EQ(slib::IPForName("several.example", several.servers()), c.first) << c.first;
     }
 }
 

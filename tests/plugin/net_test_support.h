@@ -4,7 +4,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <resolv.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,6 +13,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "net/bounded_lookup.h"
 
 namespace net_test {
 
@@ -95,24 +96,30 @@ private:
     int fd_;
 };
 
-// Points the calling thread's resolver at a loopback name server that answers every question
-// with `rcode` (3: no such name, 2: server failure; 0: every name has the IPv4 `addresses`, in
-// this order, and no others); the hosts file is still read first.
+// A loopback name server that reads every question and never answers.
+class SilentNameServer {
+public:
+    SilentNameServer() { fd_ = boundLoopbackSocket(SOCK_DGRAM, address_); }
+    ~SilentNameServer() { close(fd_); }
+    slib::NameServers servers() const { return {{address_}}; }
+
+private:
+    sockaddr_in address_{};
+    int fd_ = -1;
+};
+
+// A loopback name server that answers every question with `rcode` (3: no such name, 2: server
+// failure; 0: every name has the IPv4 `addresses`, in this order, and no others), for look-ups
+// given its servers(); the hosts file is still read first.
 class LoopbackResolver {
 public:
     explicit LoopbackResolver(unsigned char rcode, std::vector<in_addr_t> addresses = {})
         : rcode_(rcode), addresses_(std::move(addresses)) {
-        sockaddr_in address{};
-        fd_ = boundLoopbackSocket(SOCK_DGRAM, address);
+        fd_ = boundLoopbackSocket(SOCK_DGRAM, address_);
         thread_ = std::thread([this] { serve(); });
-        res_init();
-        _res.nscount = 1;
-        _res.nsaddr_list[0] = address;
-        _res.retrans = 1;
-        _res.retry = 1;
     }
+    slib::NameServers servers() const { return {{address_}}; }
     ~LoopbackResolver() {
-        res_init();  // back to the system's configuration
         shutdown(fd_, SHUT_RDWR);
         thread_.join();
         close(fd_);
@@ -155,6 +162,7 @@ private:
 
     unsigned char rcode_;
     std::vector<in_addr_t> addresses_;
+    sockaddr_in address_{};
     int fd_ = -1;
     std::thread thread_;
 };

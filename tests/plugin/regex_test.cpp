@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "regex/functions.h"
+#include "regex/memory_budget.h"
 #include "sim/core/encoding.h"
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
@@ -102,6 +103,15 @@ TEST_F(Regex, ReportsBadPatternsAndMissingArguments) {
         {"abc", "(", "Mismatched '(' and ')' in regular expression"},
         // Backtracking that grows exponentially with the text gives up instead of hanging.
         {std::string(40, 'a'), "(a*)*b", "The pattern takes too long to match on this text."},
+        // Numbers the standard library's compiler would overflow on are refused before it.
+        {"aa", "(a)\\18446744073709551617",
+         "A back-reference in the pattern names a group that the pattern does not have"},
+        {"aa", "(a)\\2",
+         "A back-reference in the pattern names a group that the pattern does not have"},
+        {"aa", "a{22222222222222222222222}",
+         "A repetition count in the pattern is larger than 100000"},
+        {"aa", "(a){1,100001}", "A repetition count in the pattern is larger than 100000"},
+        {"aa", "(a{1000}){1000}", "The pattern is too large"},
     };
     for (const auto& c : bad) {
         SCOPED_TRACE(c.pattern);
@@ -200,13 +210,13 @@ TEST(RegexStack, LongMatchesRunOnTheirOwnStackOrAreRefused) {
     o.pluginPath = RAVELIN_PLUGIN_PATH;
     sim::Session session(o);
 #if defined(__SANITIZE_THREAD__)
-    // The thread sanitizer's own call stack limits the depth (see kRegexStackLimit).
+    // The thread sanitizer's own call stack limits the depth (see kRegexCallLimit).
     constexpr std::size_t kLong = 100;
 #elif defined(__SANITIZE_ADDRESS__)
     // Sanitizers widen the frames several times; the limit is reached sooner.
-    constexpr std::size_t kLong = 200'000;
+    constexpr std::size_t kLong = 20'000;
 #else
-    constexpr std::size_t kLong = 1'000'000;
+    constexpr std::size_t kLong = 100'000;
 #endif
     const struct {
         std::u16string text;
@@ -215,7 +225,7 @@ TEST(RegexStack, LongMatchesRunOnTheirOwnStackOrAreRefused) {
     } cases[] = {
         {repeated(u"0123456789", kLong), u"([0-9]+)", "X"},
         {repeated(u"ab", kLong), u"((a|b)*)", "X"},
-        {repeated(u"ab", 5'000'000), u"((a|b)*)", "2400"},
+        {repeated(u"ab", 1'000'000), u"((a|b)*)", "2400"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(sim::toUtf8(c.pattern) + " over " + std::to_string(c.text.size()));
@@ -233,6 +243,46 @@ TEST(RegexStack, LongMatchesRunOnTheirOwnStackOrAreRefused) {
     }
     EXPECT_EQ(session.eval("$$Ravelin_LastErrorMessage").text,
               "The text is too long for this pattern");
+}
+
+// Calls at once share one budget: a call whose stack the rest of it cannot cover is refused, and
+// every call gives back what it took.
+TEST(RegexMemory, ConcurrentCallsShareOneBudget) {
+    sim::SessionOptions o;
+    o.pluginPath = RAVELIN_PLUGIN_PATH;
+    sim::Session session(o);
+    auto substitute = [](const std::u16string& text) {
+        sim::Env env;
+        const sim::DataVectHandle args = sim::makeDataVect(
+            {sim::Value::text(sim::Text(text)), sim::Value::text(sim::Text(u"([0-9]+)")),
+             sim::Value::text(sim::Text(u"X"))});
+        const sim::DataHandle out = sim::makeData();
+        Ravelin_RegExp_Substitute(13, env.handleRef(), *args, *out);
+        return sim::toUtf8(sim::valueOf(*out).asText().units());
+    };
+    // Short enough for the call limit of every build, the thread sanitizer's included.
+    const std::u16string digits = repeated(u"0123456789", 500);
+    {
+        // Another call holds all but a few bytes of the budget.
+        const rvl::RegexMemoryReservation other(rvl::kRegexProcessBudget - 4096);
+        EXPECT_EQ(substitute(digits), "2400");
+        EXPECT_EQ(session.eval("$$Ravelin_LastErrorMessage").text, rvl::kRegexMemoryBusy);
+    }
+    EXPECT_EQ(substitute(digits), "X");
+
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 10; ++round) {
+                const std::string r = substitute(digits);
+                if (r != "X" && r != "2400") ++wrong;
+            }
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(rvl::RegexMemoryInUse(), 0U);
 }
 
 TEST_F(Regex, ManyThreadsSubstituteAndCountAtOnce) {

@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "sim/session/env.h"
 #include "sim/session/session.h"
 #include "tests/plugin/shell_support.h"
 
@@ -73,6 +76,38 @@ TEST(ScriptsThroughThePlugin, UnloadingWithWaitingRequestsStopsTheTimer) {
     // The library is really gone (its static scheduler was destroyed), and so is its thread.
     EXPECT_EQ(dlopen(RAVELIN_PLUGIN_PATH, RTLD_NOW | RTLD_NOLOAD), nullptr);
     EXPECT_EQ(threadCount(), threadsBefore);
+}
+
+// Safe idle calls that start scripts, on one thread, overlap calculations on others that
+// schedule scripts, count matches and read the last error (for the thread sanitizer).
+TEST(ScriptsThroughThePlugin, IdleStartsOverlapCalculationsOnOtherThreads) {
+    sim::Session session(withPlugin());
+    std::atomic<bool> done{false};
+    std::thread idler([&] {
+        while (!done) session.idle(kFMXT_UserIdle);
+    });
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> callers;
+    for (int t = 0; t < 4; ++t) {
+        callers.emplace_back([&, t] {
+            sim::Env env;
+            for (int i = 0; i < 50; ++i) {
+                const std::string n = std::to_string(t * 100 + i);
+                if (session.eval("Ravelin_DoFileMakerScript ( \"Hello\" ; " + n + " ; 0 )", env)
+                        .text != "0") {
+                    ++wrong;
+                }
+                if (session.eval("Ravelin_RegExp_PatternCount ( \"a" + n + "\" ; \"a\" )", env)
+                        .text != "1") {
+                    ++wrong;
+                }
+            }
+        });
+    }
+    for (std::thread& c : callers) c.join();
+    done = true;
+    idler.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

@@ -137,6 +137,21 @@ TEST_F(Scheduler, NotReenteredAndDroppedEvenWhenTheStartThrows) {
     EXPECT_EQ(pending(), (Strings{"a"}));
 }
 
+// The queue holds a bounded number of requests and bytes; a refused request leaves it as it was.
+TEST_F(Scheduler, RefusesRequestsBeyondTheQueuesBounds) {
+    for (std::size_t i = 0; i < Ravelin::kMaxQueuedScripts; ++i) {
+        ASSERT_TRUE(ravelin_.scheduleScript("Hello", "Demo", "", 100));
+    }
+    EXPECT_FALSE(ravelin_.scheduleScript("Hello", "Demo", "one more", 100));
+    EXPECT_EQ(ravelin_.waitingCount(), Ravelin::kMaxQueuedScripts);
+
+    Ravelin fresh{clock_, {}};
+    EXPECT_FALSE(
+        fresh.scheduleScript("Hello", "Demo", std::string(Ravelin::kMaxQueuedBytes, 'p'), 1));
+    EXPECT_TRUE(fresh.scheduleScript("Hello", "Demo", std::string(1000, 'p'), 1));
+    EXPECT_EQ(fresh.waitingCount(), 1U);
+}
+
 TEST(SchedulerThreads, TimerAndIdleSidesUnderLoad) {
     constexpr int kThreads = 4, kPerThread = 250, kTotal = kThreads * kPerThread;
     Ravelin ravelin(std::make_shared<SteadySchedulerClock>(), {});
