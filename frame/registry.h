@@ -9,15 +9,18 @@
 #include <mutex>
 #include <span>
 
+#include "frame/boundary.h"
 #include "host/fmx.h"
 
 struct FunctionRow {
     short id;
     const char* prototype;  // the name is the prototype up to its first "("
-    short minArgs;
-    short maxArgs;  // -1: no upper limit
+    short minArgs;          // the counts the host enforces before it calls
+    short maxArgs;          // -1: no upper limit
     fmx::uint32 flags;
-    fmx::ExtPluginType function;
+    rvl::Frame frame;
+    rvl::Answer answer;
+    fmx::ExtPluginType function;  // the body behind the declared frame (rvl::Enter)
 };
 
 // Holds the process-wide registration lock while it lives.

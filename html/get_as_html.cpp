@@ -7,7 +7,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "html/functions.h"
 
 namespace rvl::html {
@@ -436,20 +435,18 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
 
 }  // namespace rvl::html
 
-fmx::errcode Ravelin_GetAsHTML(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                               fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        const fmx::uint32 count = args.Size();
-        if (count < 1) {
-            return rvl::AnswerBadParameters("Input parameter is missing", env, result);
-        }
-        fmx::TextUniquePtr tags("all");
-        fmx::TextUniquePtr classes("all=rvl");
-        fmx::TextUniquePtr styles("all");
-        if (count > 1) tags->SetText(args.AtAsText(1));
-        if (count > 2) classes->SetText(args.AtAsText(2));
-        if (count > 3) styles->SetText(args.AtAsText(3));
-        rvl::html::transformRichtextToHTMLWithEvaluate(args.AtAsText(0), *tags, *classes, *styles,
-                                                       env, result);
-    });
+void body::Ravelin_GetAsHTML(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                             fmx::Data& result) {
+    const fmx::uint32 count = args.count();
+    if (count < 1) {
+        return rvl::AnswerBadParameters("Input parameter is missing", env, result);
+    }
+    fmx::TextUniquePtr tags("all");
+    fmx::TextUniquePtr classes("all=rvl");
+    fmx::TextUniquePtr styles("all");
+    if (count > 1) tags->SetText(args.text(1));
+    if (count > 2) classes->SetText(args.text(2));
+    if (count > 3) styles->SetText(args.text(3));
+    rvl::html::transformRichtextToHTMLWithEvaluate(args.text(0), *tags, *classes, *styles, env,
+                                                   result);
 }

@@ -66,16 +66,14 @@ std::string patternCount(const std::string& text, const std::string& pattern) {
 
 }  // namespace
 
-// No exception frame: a failing host call leaves as an exception, as in the other functions
-// that answer text.
-fmx::errcode Ravelin_RegExp_PatternCount(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                                         fmx::Data& result) {
-    if (args.Size() < 2) {
+fmx::errcode body::Ravelin_RegExp_PatternCount(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                                               fmx::Data& result) {
+    if (args.count() < 2) {
         rvl::AnswerBadParameters("At least two parameters needed", env, result);
         return 0;
     }
     const std::string answer =
-        patternCount(argumentBytes(args.AtAsText(0)), argumentBytes(args.AtAsText(1)));
+        patternCount(argumentBytes(args.text(0)), argumentBytes(args.text(1)));
     fmlib::SetResultText(result, answer, fmx::kEncoding_Native);
     return 0;
 }
