@@ -42,8 +42,11 @@ bool RegisterExternalFunctions(const RegistrationLock&, std::span<const Function
 void UnRegisterExternalFunctions(const RegistrationLock&);
 
 // Unregisters every id and registers the kept table again, in one pass under the lock; what the
-// host answers is not looked at. Does nothing while the plug-in is not initialised, so that a
-// call racing with shutdown cannot register functions again after it.
+// host answers is not looked at. A host failure (an exception) ends neither pass: the pass goes
+// on, an id whose unregistration failed stays registered as it was, and the first failure is
+// thrown once the pass is done, so one failing host call costs at most one function. Does
+// nothing while the plug-in is not initialised, so that a call racing with shutdown cannot
+// register functions again after it.
 void RegisterFunctionsAgain();
 
 // The host's error code; 0 is success. Name and prototype come from Do_GetString(id + 100, ...).
