@@ -15,9 +15,8 @@ constexpr unsigned kStringIdOffset = 100;
 constexpr std::size_t kWorkUnits = 1024;
 constexpr short kHighestId = 25;
 
-std::mutex gRegistrationMutex;
-// What the last pass registered; guarded by gRegistrationMutex.
-std::span<const FunctionRow> gRegisteredTable;
+// What the last pass registered.
+std::span<const FunctionRow> gRegisteredTable GUARDED_BY(gRegistrationMutex);
 
 const char* prototypeFor(std::span<const FunctionRow> table, unsigned stringId) {
     for (const FunctionRow& row : table) {
@@ -42,7 +41,11 @@ const auto direct = [](auto operation) { return operation(); };
 
 }  // namespace
 
-RegistrationLock::RegistrationLock() : lock_(gRegistrationMutex) {}
+fmlib::Mutex gRegistrationMutex;
+
+RegistrationLock::RegistrationLock() { gRegistrationMutex.lock(); }
+
+RegistrationLock::~RegistrationLock() { gRegistrationMutex.unlock(); }
 
 fmx::QuadCharUniquePtr pluginId() { return fmx::QuadCharUniquePtr('R', 'V', 'L', 'X'); }
 

@@ -11,7 +11,7 @@ namespace rvl {
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
+using Lock = fmlib::ScopedLock<fmlib::RecursiveMutex>;
 
 constexpr char16_t kReturn = u'\r';
 
