@@ -28,35 +28,7 @@ bool isBlockTag(const std::string& tag) {
 
 // Tags, class names and CSS are UTF-8; the HTML is built in UTF-16 units like the text.
 void appendUtf8(std::u16string& out, const std::string& s) {
-    for (size_t i = 0; i < s.size();) {
-        const auto b = static_cast<unsigned char>(s[i]);
-        if (b < 0x80) {
-            out.push_back(b);
-            ++i;
-            continue;
-        }
-        const int extra = b >= 0xF0 ? 3 : b >= 0xE0 ? 2 : b >= 0xC0 ? 1 : 0;
-        char32_t c = extra == 3 ? b & 0x07 : extra == 2 ? b & 0x0F : b & 0x1F;
-        size_t j = 1;
-        for (; j <= static_cast<size_t>(extra) && i + j < s.size(); ++j) {
-            const auto cont = static_cast<unsigned char>(s[i + j]);
-            if ((cont & 0xC0) != 0x80) break;
-            c = (c << 6) | (cont & 0x3F);
-        }
-        if (extra == 0 || j != static_cast<size_t>(extra) + 1 || c > 0x10FFFF) {
-            out.push_back(u'\uFFFD');
-            i += std::max<size_t>(j, 1);
-            continue;
-        }
-        i += j;
-        if (c >= 0x10000) {
-            c -= 0x10000;
-            out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-            out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
-        } else {
-            out.push_back(static_cast<char16_t>(c));
-        }
-    }
+    fmlib::AppendUtf16FromUtf8(out, s, fmlib::BrokenUtf8::kPerSequence);
 }
 
 void addDefaultFormattingsForTag(ParamVector& tags) {

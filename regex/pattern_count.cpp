@@ -7,7 +7,6 @@
 // kMatchTimeLimit steps of its matcher (about a second of work); a hit limit answers a text saying
 // which limit it was, instead of a count.
 #include <unicode/uregex.h>
-#include <unicode/ustring.h>
 
 #include <memory>
 #include <new>
@@ -32,13 +31,7 @@ std::string argumentBytes(const fmx::Text& text) {
 }
 
 std::u16string utf16Of(const std::string& utf8) {
-    std::u16string units(utf8.size() + 1, u'\0');
-    int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(units.data(), static_cast<int32_t>(units.size()), &length, utf8.data(),
-                         static_cast<int32_t>(utf8.size()), 0xFFFD, nullptr, &status);
-    units.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
-    return units;
+    return fmlib::Utf16FromUtf8(utf8, fmlib::BrokenUtf8::kIcu);
 }
 
 struct RegexCloser {
