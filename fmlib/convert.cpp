@@ -1,6 +1,7 @@
 #include "fmlib/convert.h"
 
 #include <sys/time.h>
+#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <cstring>
@@ -21,6 +22,63 @@ void setNumber(fmx::int32 code, fmx::Data& value) {
     value.SetAsNumber(*number, fmx::kDTNumber);
 }
 
+void appendPerSequence(std::u16string& out, std::string_view s) {
+    for (size_t i = 0; i < s.size();) {
+        const auto b = static_cast<unsigned char>(s[i]);
+        if (b < 0x80) {
+            out.push_back(b);
+            ++i;
+            continue;
+        }
+        const int extra = b >= 0xF0 ? 3 : b >= 0xE0 ? 2 : b >= 0xC0 ? 1 : 0;
+        char32_t c = extra == 3 ? b & 0x07 : extra == 2 ? b & 0x0F : b & 0x1F;
+        size_t j = 1;
+        for (; j <= static_cast<size_t>(extra) && i + j < s.size(); ++j) {
+            const auto cont = static_cast<unsigned char>(s[i + j]);
+            if ((cont & 0xC0) != 0x80) break;
+            c = (c << 6) | (cont & 0x3F);
+        }
+        if (extra == 0 || j != static_cast<size_t>(extra) + 1 || c > 0x10FFFF) {
+            out.push_back(u'\uFFFD');
+            i += std::max<size_t>(j, 1);
+            continue;
+        }
+        i += j;
+        if (c >= 0x10000) {
+            c -= 0x10000;
+            out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
+            out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
+        } else {
+            out.push_back(static_cast<char16_t>(c));
+        }
+    }
+}
+
+std::u16string icuUtf16(std::string_view utf8) {
+    std::u16string units(utf8.size() + 1, u'\0');
+    int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(units.data(), static_cast<int32_t>(units.size()), &length, utf8.data(),
+                         static_cast<int32_t>(utf8.size()), 0xFFFD, nullptr, &status);
+    units.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
+    return units;
+}
+
+bool isHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool isLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+void appendUtf8(std::string& bytes, char32_t c) {
+    if (c < 0x80) {
+        bytes += static_cast<char>(c);
+        return;
+    }
+    int continuation = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    static constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    bytes += static_cast<char>(kLead[continuation] | (c >> (6 * continuation)));
+    while (continuation-- > 0)
+        bytes += static_cast<char>(0x80 | ((c >> (6 * continuation)) & 0x3F));
+}
+
 std::vector<fmx::unichar16> unitsOf(const fmx::Text& text) {
     std::vector<fmx::unichar16> units(text.GetSize());
     if (!units.empty()) text.GetUnicode(units.data(), 0, static_cast<fmx::uint32>(units.size()));
@@ -30,6 +88,35 @@ std::vector<fmx::unichar16> unitsOf(const fmx::Text& text) {
 }  // namespace
 
 namespace fmlib {
+
+void AppendUtf16FromUtf8(std::u16string& out, std::string_view utf8, BrokenUtf8 rule) {
+    if (rule == BrokenUtf8::kIcu) {
+        out += icuUtf16(utf8);
+    } else {
+        appendPerSequence(out, utf8);
+    }
+}
+
+std::u16string Utf16FromUtf8(std::string_view utf8, BrokenUtf8 rule) {
+    if (rule == BrokenUtf8::kIcu) return icuUtf16(utf8);
+    std::u16string out;
+    appendPerSequence(out, utf8);
+    return out;
+}
+
+std::string Utf8FromUtf16(std::u16string_view units) {
+    std::string bytes;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        char32_t c = units[i];
+        if (isHighSurrogate(c) && i + 1 < units.size() && isLowSurrogate(units[i + 1])) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00);
+        } else if (isHighSurrogate(c) || isLowSurrogate(c)) {
+            c = U'?';
+        }
+        appendUtf8(bytes, c);
+    }
+    return bytes;
+}
 
 std::string StringFromFmText(const fmx::Text& text) {
     const std::size_t units = text.GetSize();

@@ -17,6 +17,21 @@ std::string StringFromFmText(const fmx::Text& text);
 // One wide character per UTF-16 unit (surrogate pairs stay two halves), up to the first zero.
 std::wstring WStringFromFMText(const fmx::Text& text);
 
+// UTF-8 to UTF-16, under one of the two rules the plug-in keeps for broken input.
+enum class BrokenUtf8 {
+    // One U+FFFD for each broken sequence (a stray continuation byte, a sequence cut short, a
+    // value past U+10FFFF); overlong forms, encoded surrogates and leads F8..FF decode as they
+    // come. Ravelin_GetAsHTML's tags, classes and CSS.
+    kPerSequence,
+    // ICU's substitution: one U+FFFD per maximal ill-formed subpart. Pattern counting.
+    kIcu,
+};
+void AppendUtf16FromUtf8(std::u16string& out, std::string_view utf8, BrokenUtf8 rule);
+std::u16string Utf16FromUtf8(std::string_view utf8, BrokenUtf8 rule);
+
+// UTF-16 to UTF-8; an unpaired surrogate becomes '?'.
+std::string Utf8FromUtf16(std::u16string_view units);
+
 // Replaces the whole target with the bytes of `s` in the host's native encoding.
 void copyToFMText(const std::string& s, fmx::Text& target);
 

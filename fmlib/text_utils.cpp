@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <sstream>
 
 namespace {
 
@@ -43,7 +42,9 @@ std::string toLower(std::string s) {
 
 std::vector<std::string> explode(const std::string& s, char delimiter) {
     std::vector<std::string> pieces;
-    std::istringstream in(s);
-    for (std::string piece; std::getline(in, piece, delimiter);) pieces.push_back(piece);
+    fmlib::eachPiece(s, delimiter, [&](std::string_view piece) {
+        pieces.emplace_back(piece);
+        return true;
+    });
     return pieces;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/fmx.h"
@@ -11,6 +12,20 @@ namespace fmlib {
 // Index of the first word equal to the whole text, both lower-cased by the host; -1 when none
 // is (or `count` is 0). No trimming and no prefixes: "shor" matches nothing in ("short").
 int FindFMTextInArray(const fmx::Text& text, const char** words, unsigned count);
+
+// Calls `f` with each piece of `s` between delimiters, cut as explode() cuts them; stops early,
+// answering false, when `f` answers false.
+template <class F>
+bool eachPiece(std::string_view s, char delimiter, F f) {
+    std::size_t start = 0;
+    while (start < s.size()) {
+        const std::size_t cut = s.find(delimiter, start);
+        if (!f(s.substr(start, cut == std::string_view::npos ? cut : cut - start))) return false;
+        if (cut == std::string_view::npos) break;
+        start = cut + 1;
+    }
+    return true;
+}
 
 }  // namespace fmlib
 

@@ -1,7 +1,6 @@
 #include "frame/answers.h"
 
 #include "fmlib/convert.h"
-#include "frame/exception_frame.h"
 #include "frame/last_error.h"
 
 namespace rvl {
@@ -18,11 +17,6 @@ void AnswerBadParameters(std::string_view message, const fmx::ExprEnv& env, fmx:
 
 void AnswerNotSupported(std::string_view message, const fmx::ExprEnv& env, fmx::Data& result) {
     AnswerError(kNotSupported, message, env, result);
-}
-
-fmx::errcode AnswerNotImplemented(const fmx::ExprEnv& env, fmx::Data& result) {
-    return RunInExceptionFrame(env, result,
-                               [&] { AnswerNotSupported("Not implemented yet", env, result); });
 }
 
 }  // namespace rvl

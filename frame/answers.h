@@ -17,8 +17,4 @@ void AnswerBadParameters(std::string_view message, const fmx::ExprEnv& env, fmx:
 // -4: what this platform cannot do.
 void AnswerNotSupported(std::string_view message, const fmx::ExprEnv& env, fmx::Data& result);
 
-// A registered function whose body is not written yet: -4 "Not implemented yet", inside the
-// exception frame; answers what the frame answers (0 normally).
-fmx::errcode AnswerNotImplemented(const fmx::ExprEnv& env, fmx::Data& result);
-
 }  // namespace rvl

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
+#include <optional>
+#include <vector>
 
 #include "frame/plugin_state.h"
 
@@ -12,9 +15,8 @@ constexpr unsigned kStringIdOffset = 100;
 constexpr std::size_t kWorkUnits = 1024;
 constexpr short kHighestId = 25;
 
-std::mutex gRegistrationMutex;
-// What the last pass registered; guarded by gRegistrationMutex.
-std::span<const FunctionRow> gRegisteredTable;
+// What the last pass registered.
+std::span<const FunctionRow> gRegisteredTable GUARDED_BY(gRegistrationMutex);
 
 const char* prototypeFor(std::span<const FunctionRow> table, unsigned stringId) {
     for (const FunctionRow& row : table) {
@@ -23,9 +25,27 @@ const char* prototypeFor(std::span<const FunctionRow> table, unsigned stringId) 
     return "ERROR";
 }
 
+// The passes, with every host operation made through `call(operation)`.
+template <class Call>
+bool registerAll(std::span<const FunctionRow> table, Call call) {
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        if (call([&] { return RegisterExternalFunction(table, table[i]); }) != 0) {
+            while (i-- > 0) call([&] { return UnRegisterExternalFunction(table[i].id); });
+            return false;
+        }
+    }
+    return true;
+}
+
+const auto direct = [](auto operation) { return operation(); };
+
 }  // namespace
 
-RegistrationLock::RegistrationLock() : lock_(gRegistrationMutex) {}
+fmlib::Mutex gRegistrationMutex;
+
+RegistrationLock::RegistrationLock() { gRegistrationMutex.lock(); }
+
+RegistrationLock::~RegistrationLock() { gRegistrationMutex.unlock(); }
 
 fmx::QuadCharUniquePtr pluginId() { return fmx::QuadCharUniquePtr('R', 'V', 'L', 'X'); }
 
@@ -58,13 +78,7 @@ fmx::errcode UnRegisterExternalFunction(short id) {
 
 bool RegisterExternalFunctions(const RegistrationLock&, std::span<const FunctionRow> table) {
     gRegisteredTable = table;
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        if (RegisterExternalFunction(table, table[i]) != 0) {
-            while (i-- > 0) UnRegisterExternalFunction(table[i].id);
-            return false;
-        }
-    }
-    return true;
+    return registerAll(table, direct);
 }
 
 void UnRegisterExternalFunctions(const RegistrationLock&) {
@@ -74,6 +88,24 @@ void UnRegisterExternalFunctions(const RegistrationLock&) {
 void RegisterFunctionsAgain() {
     const RegistrationLock lock;
     if (!gPlugInInitialized) return;
-    UnRegisterExternalFunctions(lock);
-    RegisterExternalFunctions(lock, gRegisteredTable);
+    // A host failure on one id stops neither pass: stopping would leave every id after it
+    // unregistered while the plug-in runs on. An id whose unregistration failed keeps its
+    // registration; the first failure is passed on at the end.
+    std::exception_ptr failure;
+    const auto tolerant = [&](auto operation) -> std::optional<fmx::errcode> {
+        try {
+            return operation();
+        } catch (...) {
+            if (!failure) failure = std::current_exception();
+            return std::nullopt;
+        }
+    };
+    std::vector<FunctionRow> again(gRegisteredTable.begin(), gRegisteredTable.end());
+    for (short id = kHighestId; id >= 1; --id) {
+        if (!tolerant([&] { return UnRegisterExternalFunction(id); })) {
+            std::erase_if(again, [id](const FunctionRow& row) { return row.id == id; });
+        }
+    }
+    registerAll(again, [&](auto operation) { return tolerant(operation).value_or(rvl::kNoError); });
+    if (failure) std::rethrow_exception(failure);
 }

@@ -11,7 +11,7 @@ namespace rvl {
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
+using Lock = fmlib::ScopedLock<fmlib::RecursiveMutex>;
 
 constexpr char16_t kReturn = u'\r';
 
@@ -43,21 +43,6 @@ FileNameAnswer callingFileName(const fmx::ExprEnv& env) {
     } catch (...) {
         return {std::nullopt, std::current_exception()};
     }
-}
-
-bool isHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
-bool isLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
-
-void appendUtf8(std::string& bytes, char32_t c) {
-    if (c < 0x80) {
-        bytes += static_cast<char>(c);
-        return;
-    }
-    int continuation = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-    static constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
-    bytes += static_cast<char>(kLead[continuation] | (c >> (6 * continuation)));
-    while (continuation-- > 0)
-        bytes += static_cast<char>(0x80 | ((c >> (6 * continuation)) & 0x3F));
 }
 
 }  // namespace
@@ -161,17 +146,7 @@ std::size_t Dictionary::size() const {
 }
 
 std::ostream& operator<<(std::ostream& out, const KeyString& key) {
-    std::string bytes;
-    for (std::size_t i = 0; i < key.size(); ++i) {
-        char32_t c = key[i];
-        if (isHighSurrogate(c) && i + 1 < key.size() && isLowSurrogate(key[i + 1])) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (key[++i] - 0xDC00);
-        } else if (isHighSurrogate(c) || isLowSurrogate(c)) {
-            c = U'?';
-        }
-        appendUtf8(bytes, c);
-    }
-    return out << bytes;
+    return out << fmlib::Utf8FromUtf16(key);
 }
 
 }  // namespace rvl

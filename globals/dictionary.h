@@ -16,10 +16,14 @@
 #include <ostream>
 #include <string>
 
+#include "fmlib/mutex.h"
 #include "globals/value.h"
 #include "host/fmx.h"
 
 namespace rvl {
+
+// Serialises every operation on the store (globals/store.h).
+extern fmlib::RecursiveMutex gRecursiveMutex;
 
 using KeyString = std::u16string;
 
@@ -50,7 +54,8 @@ public:
     void removeKeyValue_(const KeyString& key);
     void removeLocalKey_(const KeyString& key);
     // Erases one binding; answers the entry after it. The caller holds gRecursiveMutex.
-    LocalKeyMap::iterator removeLocalKeyByIterator_(LocalKeyMap::iterator entry);
+    LocalKeyMap::iterator removeLocalKeyByIterator_(LocalKeyMap::iterator entry)
+        REQUIRES(gRecursiveMutex);
 
     // Drops every bound key (value and binding) whose file is not among "DatabaseNames" in
     // `env`, matching whole names exactly. Changes nothing when that calculation fails.
@@ -66,8 +71,8 @@ public:
 
 private:
     // Declared in this order so that destruction drops the bindings before the values.
-    ValueMap values_;
-    LocalKeyMap localKeys_;
+    ValueMap values_ GUARDED_BY(gRecursiveMutex);
+    LocalKeyMap localKeys_ GUARDED_BY(gRecursiveMutex);
 };
 
 // Writes a key as UTF-8 (unpaired surrogates as '?').

@@ -1,9 +1,15 @@
-// The external functions of this folder, registered by the plug-in's function table.
+// The bodies of this folder's external functions. entry/function_table.cpp registers each
+// with the host behind the boundary it declares for it (frame/boundary.h).
 #pragma once
 
+#include "frame/boundary.h"
 #include "host/fmx.h"
 
+namespace body {
+
 // clang-format off
-fmx::errcode Ravelin_SetGlobal(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_GetGlobal(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
+void Ravelin_SetGlobal(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
+void Ravelin_GetGlobal(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
 // clang-format on
+
+}  // namespace body

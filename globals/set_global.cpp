@@ -3,7 +3,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "globals/functions.h"
 #include "globals/store.h"
 
@@ -23,26 +22,23 @@ bool isDieOnClose(const fmx::Text& option) {
 
 }  // namespace
 
-fmx::errcode Ravelin_SetGlobal(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                               fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 2)
-            return rvl::AnswerBadParameters("Key and value must be specified", env, result);
-        const fmx::Text& key = args.AtAsText(0);
-        const fmx::Data& value = args.At(1);
-        // An empty key empties the whole store, local values of every file included.
-        if (isEmpty(key)) return rvl::globalDictionary.clean();
-        // Checked before the option, so that an empty value removes even with a bad option.
-        if (isEmptyText(value)) return rvl::globalDictionary.removeKeyValue(key);
-        if (args.Size() >= 3) {
-            if (!isDieOnClose(args.AtAsText(2))) {
-                return rvl::AnswerBadParameters("Unknown value of parameter moreOptions", env,
-                                                result);
-            }
-            rvl::globalDictionary.storeLocalValueForKey(env, key, value);
-        } else {
-            rvl::globalDictionary.storeValueForKey(key, value);
+void body::Ravelin_SetGlobal(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                             fmx::Data& result) {
+    if (args.count() < 2)
+        return rvl::AnswerBadParameters("Key and value must be specified", env, result);
+    const fmx::Text& key = args.text(0);
+    const fmx::Data& value = args.value(1);
+    // An empty key empties the whole store, local values of every file included.
+    if (isEmpty(key)) return rvl::globalDictionary.clean();
+    // Checked before the option, so that an empty value removes even with a bad option.
+    if (isEmptyText(value)) return rvl::globalDictionary.removeKeyValue(key);
+    if (args.count() >= 3) {
+        if (!isDieOnClose(args.text(2))) {
+            return rvl::AnswerBadParameters("Unknown value of parameter moreOptions", env, result);
         }
-        fmlib::FMData2FMData(value, result);
-    });
+        rvl::globalDictionary.storeLocalValueForKey(env, key, value);
+    } else {
+        rvl::globalDictionary.storeValueForKey(key, value);
+    }
+    fmlib::FMData2FMData(value, result);
 }

@@ -3,7 +3,7 @@
 namespace rvl {
 
 // Same translation unit and this order: the mutex outlives the dictionary at unload.
-std::recursive_mutex gRecursiveMutex;
+fmlib::RecursiveMutex gRecursiveMutex;
 Dictionary globalDictionary;
 std::atomic<double> gCleanPeriod{60.0};
 

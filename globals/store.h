@@ -3,14 +3,12 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
 
 #include "globals/dictionary.h"
 
 namespace rvl {
 
-// Serialises every operation on globalDictionary (see globals/dictionary.h).
-extern std::recursive_mutex gRecursiveMutex;
+// Its operations hold gRecursiveMutex (globals/dictionary.h).
 extern Dictionary globalDictionary;
 
 // The interval for dropping values of closed files, set by Ravelin_Set "globalDieInterval".

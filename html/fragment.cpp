@@ -87,19 +87,7 @@ void appendTraceChar(fmx::uint16 unit, std::string& out) {
 
 bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// The pieces of `s` between delimiters, as explode() cuts them: none for an empty text, and no
-// empty piece after a trailing delimiter. Stops early when `f` answers false.
-template <class F>
-bool eachPiece(std::string_view s, char delimiter, F f) {
-    size_t start = 0;
-    while (start < s.size()) {
-        const size_t cut = s.find(delimiter, start);
-        if (!f(s.substr(start, cut == std::string_view::npos ? cut : cut - start))) return false;
-        if (cut == std::string_view::npos) break;
-        start = cut + 1;
-    }
-    return true;
-}
+using fmlib::eachPiece;
 
 template <class T>
 bool contains(const std::vector<T>& v, const T& x) {

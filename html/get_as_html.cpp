@@ -7,7 +7,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "frame/nesting.h"
 #include "html/functions.h"
 
@@ -30,35 +29,7 @@ bool isBlockTag(const std::string& tag) {
 
 // Tags, class names and CSS are UTF-8; the HTML is built in UTF-16 units like the text.
 void appendUtf8(std::u16string& out, const std::string& s) {
-    for (size_t i = 0; i < s.size();) {
-        const auto b = static_cast<unsigned char>(s[i]);
-        if (b < 0x80) {
-            out.push_back(b);
-            ++i;
-            continue;
-        }
-        const int extra = b >= 0xF0 ? 3 : b >= 0xE0 ? 2 : b >= 0xC0 ? 1 : 0;
-        char32_t c = extra == 3 ? b & 0x07 : extra == 2 ? b & 0x0F : b & 0x1F;
-        size_t j = 1;
-        for (; j <= static_cast<size_t>(extra) && i + j < s.size(); ++j) {
-            const auto cont = static_cast<unsigned char>(s[i + j]);
-            if ((cont & 0xC0) != 0x80) break;
-            c = (c << 6) | (cont & 0x3F);
-        }
-        if (extra == 0 || j != static_cast<size_t>(extra) + 1 || c > 0x10FFFF) {
-            out.push_back(u'\uFFFD');
-            i += std::max<size_t>(j, 1);
-            continue;
-        }
-        i += j;
-        if (c >= 0x10000) {
-            c -= 0x10000;
-            out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-            out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
-        } else {
-            out.push_back(static_cast<char16_t>(c));
-        }
-    }
+    fmlib::AppendUtf16FromUtf8(out, s, fmlib::BrokenUtf8::kPerSequence);
 }
 
 void addDefaultFormattingsForTag(ParamVector& tags) {
@@ -539,20 +510,18 @@ void transformRichtextToHTMLWithEvaluate(const fmx::Text& source, const fmx::Tex
 
 }  // namespace rvl::html
 
-fmx::errcode Ravelin_GetAsHTML(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                               fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        const fmx::uint32 count = args.Size();
-        if (count < 1) {
-            return rvl::AnswerBadParameters("Input parameter is missing", env, result);
-        }
-        fmx::TextUniquePtr tags("all");
-        fmx::TextUniquePtr classes("all=rvl");
-        fmx::TextUniquePtr styles("all");
-        if (count > 1) tags->SetText(args.AtAsText(1));
-        if (count > 2) classes->SetText(args.AtAsText(2));
-        if (count > 3) styles->SetText(args.AtAsText(3));
-        rvl::html::transformRichtextToHTMLWithEvaluate(args.AtAsText(0), *tags, *classes, *styles,
-                                                       env, result);
-    });
+void body::Ravelin_GetAsHTML(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                             fmx::Data& result) {
+    const fmx::uint32 count = args.count();
+    if (count < 1) {
+        return rvl::AnswerBadParameters("Input parameter is missing", env, result);
+    }
+    fmx::TextUniquePtr tags("all");
+    fmx::TextUniquePtr classes("all=rvl");
+    fmx::TextUniquePtr styles("all");
+    if (count > 1) tags->SetText(args.text(1));
+    if (count > 2) classes->SetText(args.text(2));
+    if (count > 3) styles->SetText(args.text(3));
+    rvl::html::transformRichtextToHTMLWithEvaluate(args.text(0), *tags, *classes, *styles, env,
+                                                   result);
 }

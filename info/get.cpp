@@ -5,7 +5,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "frame/inline_doc.h"
 #include "frame/last_error.h"
 #include "info/functions.h"
@@ -32,36 +31,32 @@ void setNow(fmx::Data& result) {
 
 }  // namespace
 
-fmx::errcode Ravelin_Get(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                         fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() == 0) return rvl::AnswerBadParameters("Not enough parameters", env, result);
-        switch (
-            fmlib::FindFMTextInArray(args.AtAsText(0), gGetSelectors, std::size(gGetSelectors))) {
-            case kLastError:
-                rvl::GetLastErrorCode(result, env);
-                break;
-            case kLastErrorMessage:
-                rvl::GetLastErrorMessage(result, env);
-                break;
-            case kTimestamp:
-                setNow(result);
-                break;
-            case kSort:
-                // The list is the second argument; without one there is nothing to sort.
-                if (args.Size() < 2)
-                    return rvl::AnswerBadParameters("Not enough parameters", env, result);
-                rvl::SortNumberInFMText(args.AtAsText(1), result);
-                break;
-            case kStderr:
-                rvl::GetLastScriptStderr(result, env);
-                break;
-            case kInlineDocumentation:
-                fmlib::SetResultText(result, getHumanReadableState());
-                break;
-            default:
-                rvl::AnswerBadParameters("Unrecognized selector", env, result);
-                break;
-        }
-    });
+void body::Ravelin_Get(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result) {
+    if (args.count() == 0) return rvl::AnswerBadParameters("Not enough parameters", env, result);
+    switch (fmlib::FindFMTextInArray(args.text(0), gGetSelectors, std::size(gGetSelectors))) {
+        case kLastError:
+            rvl::GetLastErrorCode(result, env);
+            break;
+        case kLastErrorMessage:
+            rvl::GetLastErrorMessage(result, env);
+            break;
+        case kTimestamp:
+            setNow(result);
+            break;
+        case kSort:
+            // The list is the second argument; without one there is nothing to sort.
+            if (args.count() < 2)
+                return rvl::AnswerBadParameters("Not enough parameters", env, result);
+            rvl::SortNumberInFMText(args.text(1), result);
+            break;
+        case kStderr:
+            rvl::GetLastScriptStderr(result, env);
+            break;
+        case kInlineDocumentation:
+            fmlib::SetResultText(result, getHumanReadableState());
+            break;
+        default:
+            rvl::AnswerBadParameters("Unrecognized selector", env, result);
+            break;
+    }
 }

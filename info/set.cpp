@@ -7,7 +7,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "frame/inline_doc.h"
 #include "frame/registry.h"
 #include "globals/store.h"
@@ -43,21 +42,17 @@ void setInlineDocumentation(const fmx::DataVect& args, fmx::Data& result) {
 
 }  // namespace
 
-fmx::errcode Ravelin_Set(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                         fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 2) return rvl::AnswerBadParameters("Not enough parameters", env, result);
-        switch (
-            fmlib::FindFMTextInArray(args.AtAsText(0), gSetSelectors, std::size(gSetSelectors))) {
-            case kGlobalDieInterval:
-                setCleanPeriod(args, result);
-                break;
-            case kInlineDocumentation:
-                setInlineDocumentation(args, result);
-                break;
-            default:
-                rvl::AnswerBadParameters("Unrecognized selector", env, result);
-                break;
-        }
-    });
+void body::Ravelin_Set(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result) {
+    if (args.count() < 2) return rvl::AnswerBadParameters("Not enough parameters", env, result);
+    switch (fmlib::FindFMTextInArray(args.text(0), gSetSelectors, std::size(gSetSelectors))) {
+        case kGlobalDieInterval:
+            setCleanPeriod(args.vect(), result);
+            break;
+        case kInlineDocumentation:
+            setInlineDocumentation(args.vect(), result);
+            break;
+        default:
+            rvl::AnswerBadParameters("Unrecognized selector", env, result);
+            break;
+    }
 }

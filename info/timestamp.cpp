@@ -27,8 +27,8 @@ double localSecondsSinceHostEpoch() {
 
 }  // namespace
 
-fmx::errcode Ravelin_GetTimestamp(short, const fmx::ExprEnv&, const fmx::DataVect&,
-                                  fmx::Data& result) {
+fmx::errcode body::Ravelin_GetTimestamp(const fmx::ExprEnv&, const rvl::Arguments&,
+                                        fmx::Data& result) {
     fmx::FixPtUniquePtr seconds(0, fmx::kDefltFixedPrecision);
     seconds->AssignDouble(localSecondsSinceHostEpoch());
     fmx::DateTimeUniquePtr now;

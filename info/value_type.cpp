@@ -2,7 +2,6 @@
 #include <iterator>
 
 #include "fmlib/convert.h"
-#include "frame/exception_frame.h"
 #include "info/functions.h"
 
 namespace {
@@ -18,10 +17,6 @@ const char* typeName(fmx::Data::DataType type) {
 
 }  // namespace
 
-// Answers 0 in every case, also when the frame caught an exception.
-fmx::errcode Ravelin_ValueType(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                               fmx::Data& result) {
-    rvl::RunInExceptionFrame(
-        env, result, [&] { fmlib::SetResultText(result, typeName(args.At(0).GetNativeType())); });
-    return 0;
+void body::Ravelin_ValueType(const fmx::ExprEnv&, const rvl::Arguments& args, fmx::Data& result) {
+    fmlib::SetResultText(result, typeName(args.value(0).GetNativeType()));
 }

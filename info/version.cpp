@@ -32,15 +32,15 @@ std::string autoUpdateNumber() {
     return digits;
 }
 
-int requestedFormat(const fmx::DataVect& args) {
-    if (args.Size() == 0) return kShort;
-    return fmlib::FindFMTextInArray(args.AtAsText(0), gVersionTypes, std::size(gVersionTypes));
+int requestedFormat(const rvl::Arguments& args) {
+    if (args.count() == 0) return kShort;
+    return fmlib::FindFMTextInArray(args.text(0), gVersionTypes, std::size(gVersionTypes));
 }
 
 }  // namespace
 
-fmx::errcode Ravelin_Version(short, const fmx::ExprEnv&, const fmx::DataVect& args,
-                             fmx::Data& result) {
+fmx::errcode body::Ravelin_Version(const fmx::ExprEnv&, const rvl::Arguments& args,
+                                   fmx::Data& result) {
     fmx::TextUniquePtr text;
     switch (requestedFormat(args)) {
         case kLong:

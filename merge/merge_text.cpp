@@ -10,7 +10,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/stop.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "frame/nesting.h"
 #include "merge/functions.h"
 #include "merge/results_map.h"
@@ -76,10 +75,8 @@ void PerformMergeText(const fmx::ExprEnv& env, const fmx::DataVect& dataVect, fm
     fmlib::SetResultText(result, *output);
 }
 
-fmx::errcode Ravelin_MergeText(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                               fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 1) return rvl::AnswerBadParameters("Not enough parameters", env, result);
-        PerformMergeText(env, args, result);
-    });
+void body::Ravelin_MergeText(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                             fmx::Data& result) {
+    if (args.count() < 1) return rvl::AnswerBadParameters("Not enough parameters", env, result);
+    PerformMergeText(env, args.vect(), result);
 }

@@ -1,10 +1,16 @@
-// The external functions of this folder, registered by the plug-in's function table.
+// The bodies of this folder's external functions. entry/function_table.cpp registers each
+// with the host behind the boundary it declares for it (frame/boundary.h).
 #pragma once
 
+#include "frame/boundary.h"
 #include "host/fmx.h"
 
+namespace body {
+
 // clang-format off
-fmx::errcode Ravelin_GetClientPublicIPAddress(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_GetNameForIP(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
-fmx::errcode Ravelin_GetIPforName(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
+void Ravelin_GetClientPublicIPAddress(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
+void Ravelin_GetNameForIP(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
+void Ravelin_GetIPforName(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
 // clang-format on
+
+}  // namespace body

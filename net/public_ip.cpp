@@ -21,7 +21,6 @@
 
 #include "fmlib/convert.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "net/functions.h"
 
 namespace slib {
@@ -270,8 +269,7 @@ void PerformGetClientPublicIPAddress(const fmx::ExprEnv& env, fmx::Data& result,
 
 }  // namespace slib
 
-fmx::errcode Ravelin_GetClientPublicIPAddress(short, const fmx::ExprEnv& env, const fmx::DataVect&,
+void body::Ravelin_GetClientPublicIPAddress(const fmx::ExprEnv& env, const rvl::Arguments&,
                                               fmx::Data& result) {
-    return rvl::RunInExceptionFrame(
-        env, result, [&] { slib::PerformGetClientPublicIPAddress(env, result, slib::kEndpoints); });
+    slib::PerformGetClientPublicIPAddress(env, result, slib::kEndpoints);
 }

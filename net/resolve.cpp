@@ -14,7 +14,6 @@
 
 #include "fmlib/convert.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "net/functions.h"
 
 namespace slib {
@@ -87,10 +86,9 @@ namespace {
 constexpr fmx::uint32 kArgumentBufferSize = 1024;
 
 // The first argument in the host's native encoding, cut at the buffer's size.
-std::string argumentBytes(const fmx::DataVect& args) {
+std::string argumentBytes(const rvl::Arguments& args) {
     char buffer[kArgumentBufferSize] = {};
-    args.AtAsText(0).GetBytes(buffer, kArgumentBufferSize, 0, fmx::kSize_End,
-                              fmx::kEncoding_Native);
+    args.text(0).GetBytes(buffer, kArgumentBufferSize, 0, fmx::kSize_End, fmx::kEncoding_Native);
     buffer[kArgumentBufferSize - 1] = '\0';
     return buffer;
 }
@@ -98,24 +96,22 @@ std::string argumentBytes(const fmx::DataVect& args) {
 // The routine's answer, a message included, becomes the result text; the last error stays as
 // it was.
 template <class Resolve>
-fmx::errcode answerResolved(const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result,
+void answerResolved(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result,
                             std::string_view missing, Resolve resolve) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 1) return rvl::AnswerBadParameters(missing, env, result);
+    if (args.count() < 1) return rvl::AnswerBadParameters(missing, env, result);
         fmlib::SetResultText(result, resolve(argumentBytes(args)), fmx::kEncoding_Native);
-    });
 }
 
 }  // namespace
 
-fmx::errcode Ravelin_GetNameForIP(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+void body::Ravelin_GetNameForIP(const fmx::ExprEnv& env, const rvl::Arguments& args,
                                   fmx::Data& result) {
-    return answerResolved(env, args, result, "IP address is not specified",
+    answerResolved(env, args, result, "IP address is not specified",
                           [](const std::string& ip) { return slib::NameForIP(ip); });
 }
 
-fmx::errcode Ravelin_GetIPforName(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+void body::Ravelin_GetIPforName(const fmx::ExprEnv& env, const rvl::Arguments& args,
                                   fmx::Data& result) {
-    return answerResolved(env, args, result, "Host name is not specified",
+    answerResolved(env, args, result, "Host name is not specified",
                           [](const std::string& name) { return slib::IPForName(name); });
 }

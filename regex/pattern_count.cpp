@@ -7,7 +7,6 @@
 // taken kCountDeadline of wall-clock time; a hit limit answers a text saying which limit it was,
 // instead of a count.
 #include <unicode/uregex.h>
-#include <unicode/ustring.h>
 
 #include <chrono>
 #include <memory>
@@ -40,13 +39,7 @@ std::string argumentBytes(const fmx::Text& text) {
 }
 
 std::u16string utf16Of(const std::string& utf8) {
-    std::u16string units(utf8.size() + 1, u'\0');
-    int32_t length = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(units.data(), static_cast<int32_t>(units.size()), &length, utf8.data(),
-                         static_cast<int32_t>(utf8.size()), 0xFFFD, nullptr, &status);
-    units.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
-    return units;
+    return fmlib::Utf16FromUtf8(utf8, fmlib::BrokenUtf8::kIcu);
 }
 
 struct RegexCloser {
@@ -76,16 +69,14 @@ std::string patternCount(const std::string& text, const std::string& pattern) {
 
 }  // namespace
 
-// No exception frame: a failing host call leaves as an exception, as in the other functions
-// that answer text.
-fmx::errcode Ravelin_RegExp_PatternCount(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+fmx::errcode body::Ravelin_RegExp_PatternCount(const fmx::ExprEnv& env, const rvl::Arguments& args,
                                          fmx::Data& result) {
-    if (args.Size() < 2) {
+    if (args.count() < 2) {
         rvl::AnswerBadParameters("At least two parameters needed", env, result);
         return 0;
     }
     const std::string answer =
-        patternCount(argumentBytes(args.AtAsText(0)), argumentBytes(args.AtAsText(1)));
+        patternCount(argumentBytes(args.text(0)), argumentBytes(args.text(1)));
     fmlib::SetResultText(result, answer, fmx::kEncoding_Native);
     return 0;
 }

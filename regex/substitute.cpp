@@ -27,7 +27,6 @@
 #include "fmlib/convert.h"
 #include "fmlib/stop.h"
 #include "frame/answers.h"
-#include "frame/exception_frame.h"
 #include "regex/big_stack.h"
 #include "regex/functions.h"
 #include "regex/memory_budget.h"
@@ -210,14 +209,12 @@ void RegExpPerformSubstitute_Impl(fmx::Text& output, const fmx::DataVect& dataVe
 
 }  // namespace fmlib
 
-fmx::errcode Ravelin_RegExp_Substitute(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+void body::Ravelin_RegExp_Substitute(const fmx::ExprEnv& env, const rvl::Arguments& args,
                                        fmx::Data& result) {
-    return rvl::RunInExceptionFrame(env, result, [&] {
-        if (args.Size() < 3) {
+    if (args.count() < 3) {
             return rvl::AnswerBadParameters("At least three parameters needed", env, result);
         }
         fmx::TextUniquePtr output;
-        fmlib::RegExpPerformSubstitute(*output, args);
+    fmlib::RegExpPerformSubstitute(*output, args.vect());
         fmlib::SetResultText(result, *output);
-    });
 }

@@ -125,7 +125,7 @@ fmx::errcode doFileMakerScript(const fmx::ExprEnv& env, const fmx::DataVect& arg
     return 0;
 }
 
-fmx::errcode Ravelin_DoFileMakerScript(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
+fmx::errcode body::Ravelin_DoFileMakerScript(const fmx::ExprEnv& env, const rvl::Arguments& args,
                                        fmx::Data& result) {
-    return doFileMakerScript(env, args, result, Ravelin::instance());
+    return doFileMakerScript(env, args.vect(), result, Ravelin::instance());
 }

@@ -1,8 +1,14 @@
-// The external functions of this folder, registered by the plug-in's function table.
+// The bodies of this folder's external functions. entry/function_table.cpp registers each
+// with the host behind the boundary it declares for it (frame/boundary.h).
 #pragma once
 
+#include "frame/boundary.h"
 #include "host/fmx.h"
 
+namespace body {
+
 // clang-format off
-fmx::errcode Ravelin_DoFileMakerScript(short funcId, const fmx::ExprEnv& env, const fmx::DataVect& args, fmx::Data& result);
+fmx::errcode Ravelin_DoFileMakerScript(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result);
 // clang-format on
+
+}  // namespace body

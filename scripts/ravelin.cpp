@@ -2,36 +2,9 @@
 
 #include <utility>
 
+#include "fmlib/scope_exit.h"
 #include "scripts/due_time.h"
 #include "scripts/platform_log.h"
-
-namespace {
-
-// Clears the idle side's busy flag however the start ends.
-class BusyFlag {
-public:
-    explicit BusyFlag(std::atomic<bool>& flag) : flag_(flag) {}
-    ~BusyFlag() { flag_.store(false); }
-    BusyFlag(const BusyFlag&) = delete;
-    BusyFlag& operator=(const BusyFlag&) = delete;
-
-private:
-    std::atomic<bool>& flag_;
-};
-
-template <class F>
-class OnExit {
-public:
-    explicit OnExit(F f) : f_(std::move(f)) {}
-    ~OnExit() { f_(); }
-    OnExit(const OnExit&) = delete;
-    OnExit& operator=(const OnExit&) = delete;
-
-private:
-    F f_;
-};
-
-}  // namespace
 
 Ravelin& Ravelin::instance() {
     static Ravelin shared(std::make_shared<SteadySchedulerClock>(), logToStandardError);
@@ -164,7 +137,8 @@ std::size_t Ravelin::waitingCount() const {
 
 void Ravelin::performScheduledScripts(const StartScript& start) {
     if (performing_.exchange(true)) return;
-    BusyFlag busy(performing_);
+    // The busy flag is cleared however the start ends.
+    const fmlib::OnExit notBusy([&] { performing_.store(false); });
 
     FileMakerScript next;
     std::size_t index = 0;
@@ -178,7 +152,7 @@ void Ravelin::performScheduledScripts(const StartScript& start) {
     }
     // Only this side removes records and it is not re-entered, so the record keeps its index
     // while the timer appends behind it.
-    OnExit drop([&] { dropStarted(index, generation); });
+    const fmlib::OnExit drop([&] { dropStarted(index, generation); });
     const fmx::errcode error = start(next);
     if (error != 0) log(scriptErrorLine(error));
 }

@@ -56,21 +56,21 @@ std::u16string joinRows(const fmx::RowVect& rows, char16_t fieldSeparator,
 
 }  // namespace
 
-fmx::errcode Ravelin_ExecuteSQL(short, const fmx::ExprEnv& env, const fmx::DataVect& args,
-                                fmx::Data& result) {
-    const fmx::uint32 count = args.Size();
+fmx::errcode body::Ravelin_ExecuteSQL(const fmx::ExprEnv& env, const rvl::Arguments& args,
+                                      fmx::Data& result) {
+    const fmx::uint32 count = args.count();
     if (count == 0) return 0;
 
     char16_t fieldSeparator = kDefaultFieldSeparator;
     char16_t recordSeparator = kDefaultRecordSeparator;
-    if (count >= 3) readSeparator(args.AtAsText(2), recordSeparator);
-    if (count >= 2) readSeparator(args.AtAsText(1), fieldSeparator);
+    if (count >= 3) readSeparator(args.text(2), recordSeparator);
+    if (count >= 2) readSeparator(args.text(1), fieldSeparator);
 
     // An empty file name means the calling file; the query has no bound parameters.
     const fmx::TextUniquePtr fileName;
     const fmx::DataVectUniquePtr parameters;
     fmx::RowVectUniquePtr rows;
-    const fmx::errcode error = env.ExecuteFileSQL(args.AtAsText(0), *fileName, *parameters, *rows);
+    const fmx::errcode error = env.ExecuteFileSQL(args.text(0), *fileName, *parameters, *rows);
     if (error != 0) {
         rvl::AnswerError(error, "SQL Error", env, result);
         return 0;

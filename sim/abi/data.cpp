@@ -69,7 +69,7 @@ fmx::Data* FM_Data_Constructor1(_fmxcpt& x) noexcept {
 }
 
 void FM_Data_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<DataObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<DataObj*>(self); });
 }
 
 bool FM_Data_IsEmpty(const void* self, _fmxcpt& x) noexcept {

@@ -108,7 +108,7 @@ fmx::DateTime* FM_DateTime_Constructor3(const fmx::Text& dateText, const fmx::Lo
 }
 
 void FM_DateTime_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<DateTimeObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<DateTimeObj*>(self); });
 }
 
 bool FM_DateTime_operatorEQ(const void* self, const fmx::DateTime& that, _fmxcpt& x) noexcept {

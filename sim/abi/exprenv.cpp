@@ -22,6 +22,7 @@ using sim::Env;
 using sim::Host;
 using sim::Value;
 using sim::abi::guardOr;
+using sim::abi::guardRelease;
 
 // The file a SQL call runs on: the named one, or the calling file for an empty name.
 std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
@@ -192,10 +193,7 @@ fmx::ExprEnv* FM_ExprEnv_Constructor1(fmx::_fmxcpt& x) noexcept {
 }
 
 void FM_ExprEnv_Delete(void* self, fmx::_fmxcpt& x) noexcept {
-    guardOr(__func__, x, 0, [&] {
-        delete sim::envOf(self);
-        return 0;
-    });
+    guardRelease(__func__, x, [&] { delete sim::envOf(self); });
 }
 
 fmx::errcode FM_ExprEnv_Evaluate(const void* self, const fmx::Text& expression, fmx::Data& result,

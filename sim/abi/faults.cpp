@@ -5,6 +5,8 @@
 #include <mutex>
 #include <vector>
 
+#include "sim/session/host_context.h"
+
 namespace sim::faults {
 
 namespace {
@@ -12,6 +14,7 @@ namespace {
 struct Armed {
     std::vector<std::pair<uint64_t, int>> nthCalls;  // (call number since clear, code)
     std::map<std::string, int, std::less<>> functions;
+    std::string lastFailed;
 };
 
 std::atomic<uint64_t> calls{0};
@@ -47,6 +50,12 @@ void clear() {
     state() = Armed{};
     calls.store(0);
     armed.store(false);
+    resetFunctionEscapes();
+}
+
+std::string lastFailedFunction() {
+    std::lock_guard lock(mutex);
+    return state().lastFailed;
 }
 
 uint64_t callCount() { return calls.load(std::memory_order_relaxed); }
@@ -69,6 +78,7 @@ bool armedCallFails(const char* function, fmx::_fmxcpt& x) noexcept {
                 code = it->second;
             }
         }
+        if (code != 0) state().lastFailed = function ? function : "";
     }
     if (code == 0) return false;
     x.m_code = code;

@@ -14,9 +14,13 @@ namespace sim::faults {
 void failNthCall(uint64_t n, int code);
 // Every call of the named function (for example "FM_Text_Assign") fails with `code`.
 void failFunction(const std::string& name, int code);
+// Also forgets the exceptions that reached the host (sim::functionEscapes()).
 void clear();
 // Host calls made since the last clear(); calls are counted only once a fault has been armed.
 uint64_t callCount();
+
+// The name of the function whose call the last armed fault made fail ("" when none has).
+std::string lastFailedFunction();
 
 // Set by the first failNthCall/failFunction and cleared only by clear(): an unarmed host (every
 // run outside fault tests) pays one atomic load per call, inlined, and never writes shared state.

@@ -83,7 +83,7 @@ fmx::FixPt* FM_FixPt_Constructor2(fmx::int32 val, const fmx::FixPt& precisionExa
 }
 
 void FM_FixPt_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<Number*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<Number*>(self); });
 }
 
 void FM_FixPt_AssignInt(void* self, fmx::int32 that, _fmxcpt& x) noexcept {

@@ -91,4 +91,23 @@ auto guard(const char* function, fmx::_fmxcpt& record, Body&& body) noexcept {
     }
 }
 
+// A Delete frees its object whatever happens: a fault injected into it is reported through the
+// record after the object is gone, as a host that failed on the way out would, never simulated
+// by keeping the object.
+template <class Body>
+void guardRelease(const char* function, fmx::_fmxcpt& record, Body&& body) noexcept {
+    fmx::_fmxcpt spare;
+    fmx::_fmxcpt& x = recordOr(record, spare);
+    fmx::_fmxcpt injected;
+    const bool fails = faults::shouldFail(function, injected);
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        x.m_code = fmx::_fmxcpt::kBadAlloc;
+    } catch (...) {
+        x.m_code = fmx::_fmxcpt::kUnknown;
+    }
+    if (fails) x.m_code = injected.m_code;
+}
+
 }  // namespace sim::abi

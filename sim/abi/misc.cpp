@@ -86,7 +86,7 @@ fmx::QuadChar* FM_QuadChar_Constructor3(const fmx::QuadChar& value, _fmxcpt& x) 
 }
 
 void FM_QuadChar_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<QuadCharObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<QuadCharObj*>(self); });
 }
 
 const fmx::QuadChar* FM_QuadChar_operatorAS(void* self, const fmx::QuadChar& value,
@@ -172,7 +172,7 @@ fmx::Locale* FM_Locale_operatorAS(void* self, const fmx::Locale& rhs, _fmxcpt& x
 }
 
 void FM_Locale_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<LocaleObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<LocaleObj*>(self); });
 }
 
 // --- BinaryData ------------------------------------------------------------------------------
@@ -211,7 +211,7 @@ FMX_API fmx::BinaryData* FM_BinaryData_Constructor4(const fmx::Text& name, fmx::
 }
 
 void FM_BinaryData_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<Binary*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<Binary*>(self); });
 }
 
 fmx::BinaryData* FM_BinaryData_operatorAS(void* self, const fmx::BinaryData& source,

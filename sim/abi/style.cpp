@@ -53,7 +53,7 @@ fmx::Color* FM_Color_Constructor3(const fmx::Color& color, _fmxcpt& x) noexcept 
 }
 
 void FM_Color_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] {
+    guardRelease(__func__, x, [&] {
         // The shared constants are not the caller's to free.
         if (self == &kWhite || self == &kBlack) return;
         delete static_cast<Rgb*>(self);
@@ -156,7 +156,7 @@ fmx::CharacterStyle* FM_CharacterStyle_Constructor3(const fmx::CharacterStyle& s
 }
 
 void FM_CharacterStyle_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<CharStyle*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<CharStyle*>(self); });
 }
 
 void FM_CharacterStyle_EnableFont(void* self, _fmxcpt& x) noexcept {

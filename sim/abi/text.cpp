@@ -55,7 +55,7 @@ fmx::Text* FM_Text_Constructor1(_fmxcpt& x) noexcept {
 }
 
 void FM_Text_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<Text*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<Text*>(self); });
 }
 
 fmx::uint32 FM_Text_GetSize(const void* self, _fmxcpt& x) noexcept {

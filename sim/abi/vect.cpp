@@ -21,7 +21,7 @@ fmx::DataVect* FM_DataVect_Constructor1(_fmxcpt& x) noexcept {
 }
 
 void FM_DataVect_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<DataVectObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<DataVectObj*>(self); });
 }
 
 fmx::uint32 FM_DataVect_Size(const void* self, _fmxcpt& x) noexcept {
@@ -99,7 +99,7 @@ fmx::RowVect* FM_RowVect_Constructor1(_fmxcpt& x) noexcept {
 }
 
 void FM_RowVect_Delete(void* self, _fmxcpt& x) noexcept {
-    guard(__func__, x, [&] { delete static_cast<RowVectObj*>(self); });
+    guardRelease(__func__, x, [&] { delete static_cast<RowVectObj*>(self); });
 }
 
 fmx::uint32 FM_RowVect_Size(const void* self, _fmxcpt& x) noexcept {

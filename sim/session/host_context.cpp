@@ -1,9 +1,35 @@
 #include "sim/session/host_context.h"
 
+#include <exception>
+#include <mutex>
+
 #include "sim/core/handles.h"
 #include "sim/session/host.h"
 
 namespace sim {
+
+namespace {
+
+std::mutex gEscapesMutex;
+FunctionEscapes gEscapes;  // guarded by gEscapesMutex
+
+void noteEscape(const char* what) {
+    const std::lock_guard lock(gEscapesMutex);
+    ++gEscapes.count;
+    gEscapes.last = what;
+}
+
+}  // namespace
+
+FunctionEscapes functionEscapes() {
+    const std::lock_guard lock(gEscapesMutex);
+    return gEscapes;
+}
+
+void resetFunctionEscapes() {
+    const std::lock_guard lock(gEscapesMutex);
+    gEscapes = FunctionEscapes{};
+}
 
 HostContext::HostContext(Host& host, const Env& env) : host_(host), env_(env) {
     file_ = host.canonicalFileName(env.file.empty() ? host.currentFile() : env.file);
@@ -82,7 +108,12 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
     try {
         CallEnvScope scope(env_);
         error = f.function(f.id, env_.handleRef(), *params, *out);
+    } catch (const std::exception& e) {
+        noteEscape(e.what());
+        result = Value{};
+        return kGenericCalcError;
     } catch (...) {
+        noteEscape("unknown exception");
         result = Value{};
         return kGenericCalcError;
     }

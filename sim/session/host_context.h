@@ -1,6 +1,7 @@
 // The calculation engine's view of the host for one evaluation in one environment.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -11,6 +12,16 @@
 namespace sim {
 
 class Host;
+
+// What a plug-in's function let reach the host as an exception: how many since the last reset,
+// process-wide, and the last one's text ("std::bad_alloc" for an out-of-memory failure).
+// Kept for tests; the real host would stop the calculation the same way.
+struct FunctionEscapes {
+    uint64_t count = 0;
+    std::string last;
+};
+FunctionEscapes functionEscapes();
+void resetFunctionEscapes();
 
 class HostContext final : public calc::Context {
 public:

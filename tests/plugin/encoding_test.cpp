@@ -6,7 +6,7 @@
 #include <string>
 
 #include "encoding/base64.h"
-#include "encoding/functions.h"
+#include "entry/function_table.h"
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"

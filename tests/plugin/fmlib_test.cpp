@@ -52,6 +52,29 @@ TEST(Explode, PieceRules) {
     for (const auto& c : cases) EXPECT_EQ(explode(c.in, ','), c.out) << c.in;
 }
 
+// The two rules for broken UTF-8 differ where the HTML route lets a form through; UTF-16 back
+// to UTF-8 marks an unpaired surrogate.
+TEST(Utf, BrokenInputRules) {
+    using fmlib::BrokenUtf8;
+    const struct {
+        std::string utf8;
+        std::u16string perSequence;
+        std::u16string icu;
+    } cases[] = {
+        {"a\xC3\xA9\xF0\x9F\x98\x80", u"a\u00E9\U0001F600", u"a\u00E9\U0001F600"},
+        {"\x80x", u"\uFFFDx", u"\uFFFDx"},
+        {"\xE2\x82", u"\uFFFD", u"\uFFFD"},
+        {"\xED\xA0\x80", std::u16string(1, char16_t{0xD800}), u"\uFFFD\uFFFD\uFFFD"},
+        {"\xC0\xAF", u"/", u"\uFFFD\uFFFD"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(fmlib::Utf16FromUtf8(c.utf8, BrokenUtf8::kPerSequence), c.perSequence) << c.utf8;
+        EXPECT_EQ(fmlib::Utf16FromUtf8(c.utf8, BrokenUtf8::kIcu), c.icu) << c.utf8;
+    }
+    EXPECT_EQ(fmlib::Utf8FromUtf16(u"\u00E9\U0001F600"), "\xC3\xA9\xF0\x9F\x98\x80");
+    EXPECT_EQ(fmlib::Utf8FromUtf16(std::u16string{u'a', char16_t{0xDC00}, u'b'}), "a?b");
+}
+
 TEST(ToLower, AsciiOnly) { EXPECT_EQ(toLower("AbC \xC3\x84"), "abc \xC3\x84"); }
 
 TEST_F(Fmlib, Utf8IsCutAtTwoBytesPerUnit) {

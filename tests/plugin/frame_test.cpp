@@ -8,6 +8,7 @@
 #include "entry/function_table.h"
 #include "entry/lifecycle.h"
 #include "frame/answers.h"
+#include "frame/boundary.h"
 #include "frame/registry.h"
 #include "plugin_test_support.h"
 #include "sim/core/encoding.h"

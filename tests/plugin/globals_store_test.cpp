@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "entry/function_table.h"
 #include "globals/dictionary.h"
-#include "globals/functions.h"
 #include "globals/store.h"
 #include "info_test_support.h"
 #include "plugin_test_support.h"

@@ -5,9 +5,9 @@
 #include <ctime>
 #include <string>
 
+#include "entry/function_table.h"
 #include "frame/strings.h"
 #include "globals/store.h"
-#include "info/functions.h"
 #include "info/sort_numbers.h"
 #include "info_test_support.h"
 #include "sim/abi/faults.h"

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "frame/exception_frame.h"
+#include "frame/boundary.h"
 #include "plugin_test_support.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "merge/functions.h"
+#include "entry/function_table.h"
 #include "merge/results_map.h"
 #include "sim/core/handles.h"
 #include "sim/session/env.h"

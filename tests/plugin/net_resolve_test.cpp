@@ -11,7 +11,7 @@
 #include <optional>
 #include <sstream>
 
-#include "net/functions.h"
+#include "entry/function_table.h"
 #include "net/hosts_file.h"
 #include "net/resolve.h"
 #include "net_test_support.h"

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "regex/functions.h"
+#include "entry/function_table.h"
 #include "regex/memory_budget.h"
 #include "sim/core/encoding.h"
 #include "sim/core/handles.h"

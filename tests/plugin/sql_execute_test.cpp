@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
+#include "entry/function_table.h"
 #include "sim/abi/faults.h"
 #include "sim/core/encoding.h"
 #include "sim/core/handles.h"
 #include "sim/session/env.h"
 #include "sim/session/session.h"
-#include "sql/functions.h"
 
 namespace {
 

@@ -495,6 +495,19 @@ TEST_F(FaultsCleared, InjectedFailuresSetTheRecord) {
     EXPECT_EQ(sim::faults::callCount(), 3u);
 }
 
+// A failing Delete reports the failure and frees all the same (the leak checker would see it).
+TEST_F(FaultsCleared, FailedDeletesStillFree) {
+    sim::faults::failFunction("FM_Text_Delete", 1);
+    sim::faults::failFunction("FM_Data_Delete", 2);
+    _fmxcpt x;
+    FM_Text_Delete(FM_Text_Constructor1(x), x);
+    EXPECT_EQ(x.m_code, 1);
+    _fmxcpt y;
+    FM_Data_Delete(FM_Data_Constructor1(y), y);
+    EXPECT_EQ(y.m_code, 2);
+    EXPECT_EQ(sim::faults::lastFailedFunction(), "FM_Data_Delete");
+}
+
 TEST(Abi, BadArgumentsFailWithCodeTwo) {
     struct Case {
         const char* what;
