@@ -2,9 +2,9 @@
 # One entry point for building Ravelin on Debian 12: installs what is missing, configures and
 # builds, then runs the demo, the tests or the benchmarks.
 #   tools/dev.sh demo     build the plug-in and fmsim, and run the demo
-#   tools/dev.sh test     build and run every test, plain and under the sanitizers, and the
-#                         plug-in's tests built for aarch64 under emulation
-#   tools/dev.sh test-arm build and run every test built for aarch64, under emulation
+#   tools/dev.sh test     build and run every test: plain, under the sanitizers, and built for
+#                         aarch64 under emulation
+#   tools/dev.sh test-arm only the aarch64 build and its tests, under emulation
 #   tools/dev.sh bench    build and run the benchmarks
 #   tools/dev.sh package  build Ravelin-VERSION-linux-x86_64.tar.gz and
 #                         Ravelin-VERSION-linux-aarch64.tar.gz, the folders for a server
@@ -61,6 +61,14 @@ configure_arm() {
   configure "$root/build-arm" "${release[@]}" --toolchain "$root/cmake/aarch64-linux-gnu.cmake"
 }
 
+# test_arm: every test of the aarch64 build, under emulation. Label "plugin" selects the tests of
+# the plug-in itself (ctest -L plugin) where only those are wanted.
+test_arm() {
+  configure_arm
+  cmake --build "$root/build-arm" -j "$jobs"
+  run_tests "$root/build-arm"
+}
+
 # package_dir BUILD_DIR ARCH: the plug-in's folder, checked, as Ravelin-VERSION-linux-ARCH.tar.gz.
 package_dir() {
   local version name staging
@@ -90,21 +98,17 @@ case "${1:-}" in
     # reports). Our own checks treat warnings as errors.
     build "$root/build" "${release[@]}"
     run_tests "$root/build"
-    # For aarch64: the plug-in, fmsim and the plug-in's tests (label "plugin"), under emulation.
-    # test-arm runs the rest.
-    configure_arm
-    cmake --build "$root/build-arm" --target plugin_tests icudata -j "$jobs"
-    run_tests "$root/build-arm" -L plugin
+    # Every test again, built for aarch64 and run under emulation (about five minutes).
+    test_arm
     build "$root/build-asan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=address,undefined
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
     build "$root/build-tsan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=thread
     TSAN_OPTIONS="halt_on_error=1 suppressions=$root/tools/tsan.supp" run_tests "$root/build-tsan"
     ;;
   test-arm)
+    install_missing chromium python3-html5lib
     install_arm
-    configure_arm
-    cmake --build "$root/build-arm" -j "$jobs"
-    run_tests "$root/build-arm"
+    test_arm
     ;;
   bench)
     install_missing sqlite3 time
@@ -117,7 +121,7 @@ case "${1:-}" in
     install_arm
     configure "$root/build" "${release[@]}"
     cmake --build "$root/build" --target Ravelin -j "$jobs"
-    package_dir "$root/build" x86_64
+    package_dir "$root/build" "$(uname -m)"
     configure_arm
     cmake --build "$root/build-arm" --target Ravelin -j "$jobs"
     package_dir "$root/build-arm" aarch64
