@@ -23,10 +23,17 @@ arm_packages=(g++-aarch64-linux-gnu qemu-user libicu-dev:arm64 libsqlite3-dev:ar
 # the package all build it in build/, so each reuses the objects the others built.
 release=(Release -DRAVELIN_WERROR=ON)
 
+installed() {  # installed PACKAGE[:ARCH]: without an architecture, the machine's own or "all"
+  local want=${1#*:}
+  [ "$want" = "$1" ] && want="$(dpkg --print-architecture)|all"
+  dpkg-query -W -f='${Architecture} ${db:Status-Abbrev}\n' "$1" 2>/dev/null |
+    grep -qE "^($want) ii"
+}
+
 install_missing() {
   local missing=()
   for p in "${packages[@]}" "$@"; do
-    dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
+    installed "$p" || missing+=("$p")
   done
   if [ ${#missing[@]} -gt 0 ]; then
     echo "Installing: ${missing[*]}"
