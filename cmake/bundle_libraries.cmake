@@ -2,7 +2,8 @@
 # later does not provide (ICU's: every Debian or Ubuntu release has its own version) beside the
 # installed plug-in, under the names the loader asks for. The plug-in's search path is its own
 # folder, and it is an RPATH rather than a RUNPATH, so it also serves the libraries' own
-# dependencies (libicuuc needs libicudata).
+# dependencies (libicuuc needs libicudata). ICU's data library, if the build made a trimmed one
+# (RAVELIN_ICU_DATA), is that one.
 file(GET_RUNTIME_DEPENDENCIES
   LIBRARIES "${RAVELIN_PLUGIN}"
   RESOLVED_DEPENDENCIES_VAR resolved
@@ -16,6 +17,9 @@ set(destination "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}")
 foreach(library ${resolved})
   get_filename_component(name "${library}" NAME)
   file(REAL_PATH "${library}" real)
+  if(RAVELIN_ICU_DATA AND name MATCHES "^libicudata\\.")
+    set(real "${RAVELIN_ICU_DATA}")
+  endif()
   message(STATUS "Bundling: ${destination}/${name}")
   file(COPY_FILE "${real}" "${destination}/${name}" ONLY_IF_DIFFERENT)
 endforeach()

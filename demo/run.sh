@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The demo: runs demo/calculations.txt through fmsim in one session over a file seeded from
-# demo/seed.sql with two scripts, and prints a table of labels and results.
+# demo/seed.sql with two scripts, and prints a table grouped by family: each label with its
+# calculation, and the result below it.
 #   bash demo/run.sh [BUILD_DIR]     (default: build; FMSIM=path overrides the shell)
 set -euo pipefail
 
@@ -19,11 +20,19 @@ scripts=(
 
 labels=()
 calcs=()
+families=()  # families[i]: the family that starts at calculation i
 while IFS= read -r line || [ -n "$line" ]; do
-  case "$line" in '' | '#'*) continue ;; esac
-  labels+=("${line%% | *}")
-  calcs+=(-e "${line#* | }")
+  case "$line" in
+    '## '*) families[${#labels[@]}]=${line#\#\# } ;;
+    '' | '#'*) ;;
+    *)
+      labels+=("${line%% | *}")
+      calcs+=("${line#* | }")
+      ;;
+  esac
 done <"$here/calculations.txt"
+arguments=()
+for calc in "${calcs[@]}"; do arguments+=(-e "$calc"); done
 
 # One JSON object per line; each becomes "kind US text US error" (US: the unit separator,
 # which read does not merge; the error with its message when there is one), with returns shown
@@ -51,8 +60,8 @@ decode='
 width=0
 for label in "${labels[@]}"; do [ ${#label} -gt $width ] && width=${#label}; done
 
-printf '%-*s  %s\n' "$width" "Calculation" "Result"
-printf '%-*s  %s\n' "$width" "$(printf '%*s' "$width" '' | tr ' ' '-')" "------"
+printf '%-*s  %s\n' "$width" "What" "Calculation, and below it: → its result"
+printf '%-*s  %s\n' "$width" "$(printf '%*s' "$width" '' | tr ' ' '-')" "$(printf '%40s' '' | tr ' ' '-')"
 # The plug-in's diagnostics (the scheduler's log) go to standard error; they are shown only when
 # fmsim fails.
 log=$(mktemp)
@@ -62,13 +71,15 @@ show_log() {
   exit 1
 }
 i=0
-"$fmsim" --json --seed "$here/seed.sql" "${scripts[@]}" --idle 0.5 "${calcs[@]}" 2>"$log" |
+"$fmsim" --json --seed "$here/seed.sql" "${scripts[@]}" --idle 0.5 "${arguments[@]}" 2>"$log" |
   perl -e "$decode" |
   while IFS=$'\x1f' read -r kind text error; do
     case "$kind" in
       result)
         [ "${error%%:*}" != 0 ] && text="? (error $error)"
-        printf '%-*s  %s\n' "$width" "${labels[$i]}" "$text"
+        [ -n "${families[$i]:-}" ] && printf '\n== %s ==\n' "${families[$i]}"
+        printf '%-*s  %s\n' "$width" "${labels[$i]}" "${calcs[$i]}"
+        printf '%-*s  → %s\n' "$width" "" "$text"
         i=$((i + 1))
         ;;
       script) printf '%-*s  %s\n' "$width" "  (script run)" "$text" ;;

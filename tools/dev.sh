@@ -1,22 +1,39 @@
 #!/usr/bin/env bash
 # One entry point for building Ravelin on Debian 12: installs what is missing, configures and
 # builds, then runs the demo, the tests or the benchmarks.
-#   tools/dev.sh demo    build the plug-in and fmsim, and run the demo
-#   tools/dev.sh test    build and run every test, plain and under the sanitizers
-#   tools/dev.sh bench   build and run the benchmarks
-#   tools/dev.sh package build Ravelin-VERSION-linux-x86_64.tar.gz, the folder for a server
+#   tools/dev.sh demo     build the plug-in and fmsim, and run the demo
+#   tools/dev.sh test     build and run every test: plain, under the sanitizers, and built for
+#                         aarch64 under emulation
+#   tools/dev.sh test-arm only the aarch64 build and its tests, under emulation
+#   tools/dev.sh bench    build and run the benchmarks
+#   tools/dev.sh package  build Ravelin-VERSION-linux-x86_64.tar.gz and
+#                         Ravelin-VERSION-linux-aarch64.tar.gz, the folders for a server
 #   tools/dev.sh fuzz [SECONDS]   build the fuzzers with clang and run each for SECONDS (60)
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
 packages=(g++ cmake make binutils libicu-dev libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-  libboost1.81-dev libedit-dev nlohmann-json3-dev pkg-config)
+  libboost1.81-dev libedit-dev nlohmann-json3-dev pkg-config icu-devtools)
+# The aarch64 build: Debian's cross compiler, the target's libraries from the arm64 architecture
+# (multiarch) and the user-mode emulator that runs its tests.
+arm_packages=(g++-aarch64-linux-gnu qemu-user libicu-dev:arm64 libsqlite3-dev:arm64
+  libedit-dev:arm64 libssl-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64)
+# The configuration users build, with our own checks' warnings as errors; the demo, the tests and
+# the package all build it in build/, so each reuses the objects the others built.
+release=(Release -DRAVELIN_WERROR=ON)
+
+installed() {  # installed PACKAGE[:ARCH]: without an architecture, the machine's own or "all"
+  local want=${1#*:}
+  [ "$want" = "$1" ] && want="$(dpkg --print-architecture)|all"
+  dpkg-query -W -f='${Architecture} ${db:Status-Abbrev}\n' "$1" 2>/dev/null |
+    grep -qE "^($want) ii"
+}
 
 install_missing() {
   local missing=()
   for p in "${packages[@]}" "$@"; do
-    dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
+    installed "$p" || missing+=("$p")
   done
   if [ ${#missing[@]} -gt 0 ]; then
     echo "Installing: ${missing[*]}"
@@ -36,25 +53,60 @@ build() {  # build DIR BUILD_TYPE [cmake options...]: everything, tests included
   cmake --build "$1" -j "$jobs"
 }
 
-run_tests() {  # run_tests DIR
-  (cd "$1" && ctest --output-on-failure -j "$jobs" --timeout 300)
+run_tests() {  # run_tests DIR [ctest options...]
+  local dir=$1; shift
+  (cd "$dir" && ctest --output-on-failure -j "$jobs" --timeout 300 "$@")
+}
+
+install_arm() {
+  dpkg --print-foreign-architectures | grep -qx arm64 || dpkg --add-architecture arm64
+  install_missing "${arm_packages[@]}"
+}
+
+# configure_arm: the aarch64 cross build in build-arm (see cmake/aarch64-linux-gnu.cmake).
+configure_arm() {
+  configure "$root/build-arm" "${release[@]}" --toolchain "$root/cmake/aarch64-linux-gnu.cmake"
+}
+
+# test_arm: every test of the aarch64 build, under emulation. Label "plugin" selects the tests of
+# the plug-in itself (ctest -L plugin) where only those are wanted.
+test_arm() {
+  configure_arm
+  cmake --build "$root/build-arm" -j "$jobs"
+  run_tests "$root/build-arm"
+}
+
+# package_dir BUILD_DIR ARCH: the plug-in's folder, checked, as Ravelin-VERSION-linux-ARCH.tar.gz.
+package_dir() {
+  local version name staging
+  version=$(sed -n 's/^project(Ravelin VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+  name="Ravelin-$version-linux-$2"
+  staging=$(mktemp -d)
+  cmake --install "$1" --prefix "$staging/$name" --component plugin >/dev/null
+  bash "$root/tests/check_plugin_binary.sh" "$staging/$name/Ravelin.fmx" "$staging/$name"/lib*
+  tar -C "$staging" -czf "$root/$name.tar.gz" "$name"
+  rm -rf "$staging"
+  echo "$root/$name.tar.gz"
 }
 
 case "${1:-}" in
   demo)
     install_missing
     # fmsim brings the plug-in with it; the tests are not needed to run the demo.
-    configure "$root/build" Release
+    configure "$root/build" "${release[@]}"
     cmake --build "$root/build" --target fmsim -j "$jobs"
     bash "$root/demo/run.sh" "$root/build"
     ;;
   test)
     # The HTML checks render in a real browser and parse with an HTML5 parser.
     install_missing chromium python3-html5lib python3-tinycss2
+    install_arm
     # The configuration users build, then the sanitizers (with debug information for their
     # reports). Our own checks treat warnings as errors.
-    build "$root/build" Release -DRAVELIN_WERROR=ON
+    build "$root/build" "${release[@]}"
     run_tests "$root/build"
+    # Every test again, built for aarch64 and run under emulation (about five minutes).
+    test_arm
     build "$root/build-asan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=address,undefined
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
     build "$root/build-tsan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=thread
@@ -66,6 +118,11 @@ case "${1:-}" in
       -DBUILD_TESTING=OFF -DCMAKE_CXX_FLAGS=-Wthread-safety
     cmake --build "$root/build-clang" --target Ravelin FMWrapper -j "$jobs"
     ;;
+  test-arm)
+    install_missing chromium python3-html5lib python3-tinycss2
+    install_arm
+    test_arm
+    ;;
   bench)
     install_missing sqlite3 time
     build "$root/build-bench" Release -DBUILD_TESTING=OFF
@@ -74,16 +131,13 @@ case "${1:-}" in
     ;;
   package)
     install_missing
-    version=$(sed -n 's/^project(Ravelin VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
-    name="Ravelin-$version-linux-$(uname -m)"
-    configure "$root/build" Release
+    install_arm
+    configure "$root/build" "${release[@]}"
     cmake --build "$root/build" --target Ravelin -j "$jobs"
-    staging=$(mktemp -d)
-    trap 'rm -rf "$staging"' EXIT
-    cmake --install "$root/build" --prefix "$staging/$name" --component plugin
-    bash "$root/tests/check_plugin_binary.sh" "$staging/$name/Ravelin.fmx"
-    tar -C "$staging" -czf "$root/$name.tar.gz" "$name"
-    echo "$root/$name.tar.gz"
+    package_dir "$root/build" "$(uname -m)"
+    configure_arm
+    cmake --build "$root/build-arm" --target Ravelin -j "$jobs"
+    package_dir "$root/build-arm" aarch64
     ;;
   fuzz)
     # libFuzzer and the sanitizer runtimes come with clang's runtime package, which Debian
@@ -101,7 +155,7 @@ case "${1:-}" in
     done
     ;;
   *)
-    echo "usage: tools/dev.sh demo|test|bench|package|fuzz" >&2
+    echo "usage: tools/dev.sh demo|test|test-arm|bench|package|fuzz" >&2
     exit 2
     ;;
 esac
