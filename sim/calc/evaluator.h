@@ -56,6 +56,7 @@ private:
     Value evalBuiltin(const Node& node);
     Value evalExternal(const Node& node);
     Value evalGet(const Node& node);
+    Value evalField(const Node& node);
     int repetitionOf(const Node* repetition);
     std::vector<Value> evalArguments(const Node& node);
     std::vector<std::u16string> letNames() const;
@@ -68,6 +69,8 @@ private:
     Context& context_;
     int depth_ = 0;
     int precision_ = 16;
+    static constexpr unsigned kInterruptCheckMask = 1023;
+    unsigned steps_ = 0;  // nodes evaluated, for the interrupt check
     std::vector<LetVariable> scope_;  // innermost last
 };
 
