@@ -101,17 +101,21 @@ private:
     }
 
     void idle() {
-        const std::optional<double> seconds = idleSeconds(argument());
-        if (!seconds || words_.size() > 2) {
+        const std::optional<double> wanted = idleSeconds(argument());
+        if (!wanted || words_.size() > 2) {
             fail(".idle " + idleSecondsWanted(argument()));
             return;
         }
         scope_.session.idleFor(
-            std::chrono::milliseconds(static_cast<long long>(*seconds * 1000 + 0.5)));
+            std::chrono::milliseconds(static_cast<long long>(*wanted * 1000 + 0.5)));
         const bool interrupted = host_.interrupted();
         host_.clearInterrupt();
+        if (interrupted && scope_.terminal) out() << '\n';  // after the terminal's "^C"
         if (scope_.json) {
-            answer("{\"idle\": " + argument() + (interrupted ? ", \"interrupted\": true}" : "}"));
+            std::ostringstream seconds;
+            seconds << *wanted;
+            answer("{\"idle\": " + seconds.str() +
+                   (interrupted ? ", \"interrupted\": true}" : "}"));
         }
     }
 

@@ -80,6 +80,11 @@ public:
         }
     }
 
+    // A terminal echoes Ctrl-C as "^C" where the cursor is: the next line starts afresh.
+    void afterEcho() {
+        if (terminal_) out() << '\n';
+    }
+
     void tally(const fmsim::Tally& t) {
         out() << (json_ ? fmsim::jsonLine(t) : fmsim::plainLine(t, terminal_)) << std::endl;
     }
@@ -155,6 +160,7 @@ void evaluate(sim::Session& session, Printer& printer, fmsim::Output& output,
     session.host().clearInterrupt();
     printer.hold();
     const sim::EvalResult r = session.eval(calc);
+    if (session.host().interrupted()) printer.afterEcho();
     printer.result(r);
     printer.release();
     // What the plug-in printed meanwhile goes out now, in order with fmsim's messages.

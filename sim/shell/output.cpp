@@ -70,6 +70,8 @@ void Output::separate(const std::string& logPath, bool quiet) {
         ::close(target);
     }
     ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    // What the plug-in prints goes out at once, in order with what it writes to standard error.
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
 }
 
 void Output::flush() {
