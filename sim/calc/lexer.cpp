@@ -230,7 +230,10 @@ private:
             ++i_;
             if (at(i_) == u'$') ++i_;
         }
-        while (i_ < s_.size() && isNameChar(s_[i_])) ++i_;
+        // A name does not start with a dot, not even after "$".
+        if (at(i_) != u'.') {
+            while (i_ < s_.size() && isNameChar(s_[i_])) ++i_;
+        }
         if (!variable && i_ > start && at(i_) == u':' && at(i_ + 1) == u':' &&
             isNameStart(at(i_ + 2))) {
             i_ += 2;
