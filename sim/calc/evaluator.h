@@ -10,6 +10,9 @@
 //   function are 1208; the Let variable named twice in one Let is 1213 (plain names only);
 //   a repetition outside 1 .. 2^31-1, nesting beyond kMaxDepth and texts beyond kMaxTextUnits
 //   are 1200.
+// - A bare name that is none of these but a field of the current table reads that field; a
+//   field or table that does not exist is 102 when read.
+// - A calculation the user interrupts (Context::interrupted) fails with error 1 between steps.
 // - An empty calculation is an empty text without error.
 // - Let sets "$" variables left to right as their values are computed; a syntax error sets
 //   nothing, a later evaluation error leaves the earlier ones set.
