@@ -40,6 +40,9 @@ int DescriptorBuffer::sync() { return drain() ? 0 : -1; }
 
 Output::Output() = default;
 
+Output::Output(int resultFd, int messageFd)
+    : resultFd_(resultFd), messageFd_(messageFd), buffer_(resultFd) {}
+
 Output::~Output() {
     results_.flush();
     if (resultFile_ != nullptr) std::fclose(resultFile_);

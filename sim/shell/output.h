@@ -33,6 +33,8 @@ private:
 class Output {
 public:
     Output();
+    // Results to `resultFd` and messages to `messageFd`, as they are (tests).
+    Output(int resultFd, int messageFd);
     ~Output();
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;

@@ -1,0 +1,233 @@
+// The shell's own logic without a process around it: its options, how typed lines become
+// calculations, commands and history entries, and what dot-commands answer.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "sim/shell/commands.h"
+#include "sim/shell/input.h"
+#include "sim/shell/options.h"
+#include "sim/shell/output.h"
+
+namespace {
+
+std::string optionsError(std::vector<std::string> args) {
+    try {
+        fmsim::parseArguments(args);
+    } catch (const fmsim::UsageError& e) {
+        return e.what();
+    }
+    return {};
+}
+
+TEST(ShellOptions, RefuseWhatTheyCannotUse) {
+    const struct {
+        std::vector<std::string> args;
+        const char* error;  // empty: accepted
+    } cases[] = {
+        {{"--idle", "86400"}, ""},
+        {{"--idle=0.25"}, ""},
+        {{"--idle", "86400.5"}, "--idle needs a number of seconds (0 to 86400), not \"86400.5\""},
+        {{"--idle", "1e9"}, "--idle needs a number of seconds (0 to 86400), not \"1e9\""},
+        {{"--idle", "inf"}, "--idle needs a number of seconds (0 to 86400), not \"inf\""},
+        {{"--idle", "-0.5"}, "--idle needs a number of seconds (0 to 86400), not \"-0.5\""},
+        {{"--idle", "2s"}, "--idle needs a number of seconds (0 to 86400), not \"2s\""},
+        {{"--idle"}, "--idle needs a value"},
+        {{"--record", "Contacts=12"}, ""},
+        {{"--record", "a=b=3"}, ""},  // the last "=" separates the rowid
+        {{"--record", "T=-4"}, ""},
+        {{"--record", "T"}, "--record needs TABLE=ROWID, not \"T\""},
+        {{"--record", "T="}, "--record needs TABLE=ROWID, not \"T=\""},
+        {{"--record", "=5"}, "--record needs TABLE=ROWID, not \"=5\""},
+        {{"--record", "T=5x"}, "--record needs TABLE=ROWID, not \"T=5x\""},
+        {{"--record", "T=99999999999999999999"},
+         "--record needs TABLE=ROWID, not \"T=99999999999999999999\""},
+        {{"--recod", "T=1"}, "unknown option --recod (did you mean --record?)"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(optionsError(c.args), c.error) << c.args[0] << " " << c.args.back();
+    }
+    const fmsim::Options o =
+        fmsim::parseArguments({"--record", "a=b=3", "--record", "T=7", "--idle", "1.5"});
+    ASSERT_EQ(o.session.records.size(), 2u);
+    EXPECT_EQ(o.session.records[0].first, "a=b");
+    EXPECT_EQ(o.session.records[0].second, 3);
+    EXPECT_EQ(o.session.records[1].first, "T");
+    EXPECT_DOUBLE_EQ(o.idleSeconds, 1.5);
+}
+
+// What each line did: calculations evaluated, commands run, history entries, the end.
+struct Trace {
+    std::vector<std::string> events;
+    std::vector<std::string> history;
+    bool ended = false;
+};
+
+Trace feedLines(const std::vector<std::string>& lines) {
+    Trace trace;
+    fmsim::InputActions actions;
+    actions.evaluate = [&](const std::string& calc) { trace.events.push_back("eval " + calc); };
+    actions.command = [&](const std::string& line) {
+        trace.events.push_back("command " + line);
+        return line != ".quit";
+    };
+    fmsim::Pending pending;
+    for (const std::string& line : lines) {
+        const fmsim::Fed fed = fmsim::feed(actions, pending, line);
+        if (!fed.finished.empty()) trace.history.push_back(fed.finished);
+        if (!fed.more) {
+            trace.ended = true;
+            break;
+        }
+    }
+    if (!pending.empty()) trace.events.push_back("open " + pending.calc);
+    return trace;
+}
+
+TEST(ShellInput, LinesBecomeCalculationsCommandsAndHistory) {
+    const struct {
+        std::vector<std::string> lines;
+        std::vector<std::string> events;
+        std::vector<std::string> history;
+        bool ended;
+    } cases[] = {
+        {{"1 + 1"}, {"eval 1 + 1"}, {"1 + 1"}, false},
+        // Lines of one calculation join with a return; the history keeps them with line feeds.
+        {{"Let ( a = 1 ;", "a )"}, {"eval Let ( a = 1 ;\ra )"}, {"Let ( a = 1 ;\na )"}, false},
+        {{"\"a", "b\"\r"}, {"eval \"a\rb\""}, {"\"a\nb\""}, false},
+        {{".files", "  .vars"},
+         {"command .files", "command   .vars"},
+         {".files", "  .vars"},
+         false},
+        {{"   ", "", ".5"}, {"eval .5"}, {".5"}, false},
+        // Inside an open calculation, only .cancel, .quit and .exit are commands.
+        {{"( 1 +", ".files", ")"}, {"eval ( 1 +\r.files\r)"}, {"( 1 +\n.files\n)"}, false},
+        {{"( 1 +", ".cancel", "2"}, {"eval 2"}, {"2"}, false},
+        {{"( 1 +", "  .cancel  ", "2"}, {"eval 2"}, {"2"}, false},
+        {{"( 1 +", ".cancel now"}, {"open ( 1 +\r.cancel now"}, {}, false},
+        {{"\"text", ".quit", "2"}, {}, {}, true},
+        {{"\"text", ".exit"}, {}, {}, true},
+        {{".quit", "2"}, {"command .quit"}, {".quit"}, true},
+        {{"( 1", "+ 2"}, {"open ( 1\r+ 2"}, {}, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.lines.front());
+        const Trace trace = feedLines(c.lines);
+        EXPECT_EQ(trace.events, c.events);
+        EXPECT_EQ(trace.history, c.history);
+        EXPECT_EQ(trace.ended, c.ended);
+    }
+}
+
+// Dot-commands against a session without a plug-in, their output read back from a pipe.
+class ShellCommands : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(::pipe2(results_, O_NONBLOCK), 0);
+        ASSERT_EQ(::pipe2(messages_, O_NONBLOCK), 0);
+        output_ = std::make_unique<fmsim::Output>(results_[1], messages_[1]);
+    }
+    void TearDown() override {
+        output_.reset();
+        for (int fd : {results_[0], results_[1], messages_[0], messages_[1]}) ::close(fd);
+    }
+
+    static std::string drain(int fd) {
+        std::string text;
+        char buffer[4096];
+        for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;) text.append(buffer, n);
+        return text;
+    }
+
+    // The results and the messages of one command.
+    std::pair<std::string, std::string> run(const std::string& line, bool json) {
+        const fmsim::CommandScope scope{session_, *output_, json, false};
+        fmsim::runCommand(scope, line);
+        output_->flush();
+        return {drain(results_[0]), drain(messages_[0])};
+    }
+
+    sim::Session session_{[] {
+        sim::SessionOptions o;
+        o.seedSql = "CREATE TABLE T (v); INSERT INTO T VALUES (1), (2);";
+        return o;
+    }()};
+    int results_[2] = {-1, -1};
+    int messages_[2] = {-1, -1};
+    std::unique_ptr<fmsim::Output> output_;
+};
+
+TEST_F(ShellCommands, ArgumentsAreCheckedAndAnswersAreJson) {
+    const struct {
+        const char* line;
+        const char* json;   // the JSON answer
+        const char* plain;  // plain results, or the message on standard error
+    } cases[] = {
+        {".idle 0", "{\"idle\": 0}\n", ""},
+        {".idle .01", "{\"idle\": 0.01}\n", ""},
+        {".idle 0x0", "{\"idle\": 0}\n", ""},
+        {".idle 1e-3", "{\"idle\": 0.001}\n", ""},
+        {".idle",
+         "{\"command\": \".idle\", \"error\": \".idle needs a number of seconds (0 to 86400), not "
+         "\\\"\\\"\"}\n",
+         "fmsim: .idle needs a number of seconds (0 to 86400), not \"\"\n"},
+        {".idle 1 2",
+         "{\"command\": \".idle\", \"error\": \".idle needs a number of seconds (0 to 86400), not "
+         "\\\"1\\\"\"}\n",
+         "fmsim: .idle needs a number of seconds (0 to 86400), not \"1\"\n"},
+        {".record", "{\"records\": []}\n", ""},
+        {".record T=2", "{\"records\": [{\"table\": \"T\", \"record\": 2, \"current\": true}]}\n",
+         ""},
+        {".record t",
+         "{\"command\": \".record\", \"error\": \".record needs TABLE=ROWID, not \\\"t\\\"\"}\n",
+         "fmsim: .record needs TABLE=ROWID, not \"t\"\n"},
+        {".record =2",
+         "{\"command\": \".record\", \"error\": \".record needs TABLE=ROWID, not \\\"=2\\\"\"}\n",
+         "fmsim: .record needs TABLE=ROWID, not \"=2\"\n"},
+        {".record T=2x",
+         "{\"command\": \".record\", \"error\": \".record needs TABLE=ROWID, not \\\"T=2x\\\"\"}\n",
+         "fmsim: .record needs TABLE=ROWID, not \"T=2x\"\n"},
+        {".record T=1 U=2",
+         "{\"command\": \".record\", \"error\": \".record needs TABLE=ROWID, or nothing to list "
+         "the current records\"}\n",
+         "fmsim: .record needs TABLE=ROWID, or nothing to list the current records\n"},
+        {".record T=3",
+         "{\"command\": \".record\", \"error\": \".record T=3: no record 3 in T\"}\n",
+         "fmsim: .record T=3: no record 3 in T\n"},
+        {".cancel", "{\"cancel\": true}\n", ""},
+        {".scripts", "{\"scripts\": []}\n", ""},
+        {".Files",
+         "{\"command\": \".Files\", \"error\": \"unknown command .Files (.help lists the "
+         "commands)\"}\n",
+         "fmsim: unknown command .Files (.help lists the commands)\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        const auto [json, jsonMessages] = run(c.line, true);
+        EXPECT_EQ(json, c.json);
+        EXPECT_EQ(jsonMessages, "");
+        const auto [plain, messages] = run(c.line, false);
+        EXPECT_EQ(plain + messages, c.plain);
+    }
+    EXPECT_EQ(run(".record", false).first, "T=2 (current)\n");
+    session_.eval("Let ( [ $$b = \"x¶y\" ; $$a[2] = 3 ] ; 0 )");
+    EXPECT_EQ(run(".vars", false).first, "$$a[2] = 3\n$$b = x\ry\n");
+    EXPECT_EQ(run(".vars", true).first,
+              "{\"vars\": [{\"name\": \"$$a[2]\", \"type\": \"Number\", \"text\": \"3\"}, "
+              "{\"name\": \"$$b\", \"type\": \"Text\", \"text\": \"x\\ry\"}]}\n");
+    EXPECT_EQ(fmsim::runCommand({session_, *output_, true, false}, ".quit"),
+              fmsim::CommandResult::Quit);
+}
+
+// Results longer than the buffer arrive whole and in order.
+TEST_F(ShellCommands, ResultsPassTheBufferWhole) {
+    const std::string big(10000, 'x');
+    output_->results() << big << '\n' << "end\n";
+    output_->flush();
+    EXPECT_EQ(drain(results_[0]), big + "\nend\n");
+}
+
+}  // namespace
