@@ -22,6 +22,7 @@ enum ErrorCode : short {
     kNameMissing = 1209,
     kListNotAllowed = 1211,
     kDuplicateLetVariable = 1213,
+    kFieldRequired = 1214,  // an expression where a field is required
     kInvalidGetParameter = 1215,
     kBadNumber = 1218,
     kNotSupportedHere = 1225,  // "Function referred to is not supported in this context"

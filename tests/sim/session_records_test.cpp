@@ -90,6 +90,13 @@ TEST(Fields, ReadTheCurrentRecordOfTheirTable) {
                        {"GetField ( \"Contacts::\" & \"Age\" ) - 40", "0", 0},
                        {"Get ( RecordNumber ) & \"/\" & Get ( FoundCount )", "2/3", 0},
                        {"Get ( RecordID ) & \"/\" & Get ( TotalRecordCount )", "7/3", 0},
+                       {"GetRepetition ( Contacts::Name ; 1 )", "Bob", 0},
+                       {"GetRepetition ( Name ; 2 )", "", 0},
+                       {"GetRepetition ( Contacts::Name ; 0 )", "", 0},
+                       {"Let ( $v[3] = \"c\" ; GetRepetition ( $v ; 1 + 2 ) )", "c", 0},
+                       {"GetRepetition ( Contacts::Nope ; 1 )", "", 102},
+                       {"GetRepetition ( \"Name\" ; 1 )", "", 1214},
+                       {"GetRepetition ( Contacts::Name & \"\" ; 1 )", "", 1214},
                    });
     EXPECT_EQ(session.eval("Contacts::Born").type, "Text");
 }
