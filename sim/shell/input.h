@@ -1,6 +1,7 @@
 // fmsim's standard input: calculations one per line (continued while a bracket, quotation or
 // comment is open), dot-commands, and safe idle calls between lines. On a terminal (input and
-// output both) lines are edited with libedit and kept in a history file.
+// output both) lines are edited with libedit, Ctrl-C drops the line being typed and any open
+// calculation, and whole calculations are kept in a history file.
 #pragma once
 
 #include <cstdio>
