@@ -2,8 +2,11 @@
 // calculations, commands and history entries, and what dot-commands answer.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -228,6 +231,88 @@ TEST_F(ShellCommands, ResultsPassTheBufferWhole) {
     output_->results() << big << '\n' << "end\n";
     output_->flush();
     EXPECT_EQ(drain(results_[0]), big + "\nend\n");
+}
+
+// Output::separate in a child process of its own (it points the process's descriptors 1 and 2
+// elsewhere): what a plug-in prints never reaches the results.
+struct Streams {
+    std::string out;
+    std::string err;
+    std::string log;
+};
+
+std::string readAll(int fd) {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;) text.append(buffer, n);
+    return text;
+}
+
+Streams separated(const std::string& logPath, bool quiet) {
+    int out[2];
+    int err[2];
+    if (::pipe(out) != 0 || ::pipe(err) != 0) return {};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(out[1], STDOUT_FILENO);
+        ::dup2(err[1], STDERR_FILENO);
+        for (int fd : {out[0], out[1], err[0], err[1]}) ::close(fd);
+        fmsim::Output output;
+        output.separate(logPath, quiet);
+        output.results() << "result 1\n";
+        std::printf("plugin:printf ");
+        std::cout << "plugin:cout" << std::endl;
+        std::fprintf(stderr, "plugin:stderr\n");
+        output.message("message");
+        output.results() << "result 2\n";
+        output.flush();
+        ::_exit(0);
+    }
+    ::close(out[1]);
+    ::close(err[1]);
+    Streams s{readAll(out[0]), readAll(err[0]), {}};
+    ::close(out[0]);
+    ::close(err[0]);
+    ::waitpid(child, nullptr, 0);
+    if (!logPath.empty()) {
+        const int fd = ::open(logPath.c_str(), O_RDONLY);
+        if (fd >= 0) {
+            s.log = readAll(fd);
+            ::close(fd);
+        }
+    }
+    return s;
+}
+
+TEST(ShellOutput, PluginOutputGoesToStandardErrorTheLogOrNowhere) {
+    const std::string log = ::testing::TempDir() + "fmsim_output_log." + std::to_string(getpid());
+    ::unlink(log.c_str());
+    const std::string plugin = "plugin:printf plugin:cout\nplugin:stderr\n";
+    const struct {
+        const char* name;
+        std::string logPath;
+        bool quiet;
+        Streams wanted;
+    } cases[] = {
+        {"standard error", "", false, {"result 1\nresult 2\n", plugin + "fmsim: message\n", ""}},
+        {"log", log, false, {"result 1\nresult 2\n", "fmsim: message\n", plugin}},
+        {"quiet", "", true, {"result 1\nresult 2\n", "fmsim: message\n", ""}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Streams s = separated(c.logPath, c.quiet);
+        EXPECT_EQ(s.out, c.wanted.out);
+        EXPECT_EQ(s.err, c.wanted.err);
+        EXPECT_EQ(s.log, c.wanted.log);
+    }
+    ::unlink(log.c_str());
+    try {
+        fmsim::Output output;
+        output.separate("/nonexistent/dir/log", false);
+        ADD_FAILURE() << "opened";
+    } catch (const fmsim::UsageError& e) {
+        EXPECT_STREQ(e.what(), "--log /nonexistent/dir/log: No such file or directory");
+    }
 }
 
 }  // namespace
