@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -123,6 +124,57 @@ TEST(ShellInput, LinesBecomeCalculationsCommandsAndHistory) {
         EXPECT_EQ(trace.history, c.history);
         EXPECT_EQ(trace.ended, c.ended);
     }
+}
+
+TEST(ShellInput, CalculationsStayOpenWhileSomethingIs) {
+    const std::pair<const char*, bool> cases[] = {
+        {"Let ( a = 1 ;", true},
+        {"List ( [ 1 ;", true},
+        {"\"open", true},
+        {"\"escaped \\\" quote", true},
+        {"\"escaped \\\\\" ( ", true},  // "\\" is a backslash: the text ends, "(" opens
+        {"\"( [\"", false},             // brackets inside text count for nothing
+        {"1 /* ( ", true},
+        {"1 /* ( */ + 2", false},
+        {"\"/*\" & 1", false},
+        {"1 + // ( comment", false},
+        {"( 1 ) )", false},  // too many closing ones: an error, not a continuation
+        {") (", false},      // the early ")" is an error already
+        {"", false},
+    };
+    for (const auto& [text, open] : cases) EXPECT_EQ(fmsim::continues(text), open) << text;
+    const std::pair<const char*, bool> commands[] = {
+        {".files", true},   {"  .Vars", true}, {".5", false}, {". files", false},
+        {"x.files", false}, {".", false},      {"", false},
+    };
+    for (const auto& [line, command] : commands) {
+        EXPECT_EQ(fmsim::isCommand(line), command) << line;
+    }
+}
+
+TEST(ShellInput, HistoryPathFollowsTheEnvironment) {
+    const struct {
+        const char* history;  // nullptr: unset
+        const char* home;
+        const char* path;
+    } cases[] = {
+        {"/tmp/h", "/home/u", "/tmp/h"},
+        {"", "/home/u", ""},  // set empty: no history
+        {nullptr, "/home/u", "/home/u/.fmsim_history"},
+        {nullptr, "", ""},
+        {nullptr, nullptr, ""},
+    };
+    const char* savedHistory = std::getenv("FMSIM_HISTORY");
+    const std::string history = savedHistory ? savedHistory : "";
+    const char* savedHome = std::getenv("HOME");
+    const std::string home = savedHome ? savedHome : "";
+    for (const auto& c : cases) {
+        c.history ? ::setenv("FMSIM_HISTORY", c.history, 1) : ::unsetenv("FMSIM_HISTORY");
+        c.home ? ::setenv("HOME", c.home, 1) : ::unsetenv("HOME");
+        EXPECT_EQ(fmsim::historyPath(), c.path);
+    }
+    savedHistory ? ::setenv("FMSIM_HISTORY", history.c_str(), 1) : ::unsetenv("FMSIM_HISTORY");
+    savedHome ? ::setenv("HOME", home.c_str(), 1) : ::unsetenv("HOME");
 }
 
 // Dot-commands against a session without a plug-in, their output read back from a pipe.
