@@ -294,8 +294,10 @@ void readTerminal(const InputActions& actions) {
     el_wset(el, EL_HIST, history_w, history.handle());
     el_set(el, EL_GETCFN, readCharacter);
     el_set(el, EL_SIGNAL, 1);
-    el_set(el, EL_ADDFN, "fmsim-drop", "drop the line and the open calculation", dropLine);
-    el_set(el, EL_BIND, "^C", "fmsim-drop", nullptr);
+    // The wide forms: libedit keeps these names as given, where the narrow ones copy them and
+    // never free the copies.
+    el_wset(el, EL_ADDFN, L"fmsim-drop", L"drop the line and the open calculation", dropLine);
+    el_wset(el, EL_BIND, L"^C", L"fmsim-drop", nullptr);
 
     for (;;) {
         int count = 0;
