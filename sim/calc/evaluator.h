@@ -73,7 +73,7 @@ private:
     int depth_ = 0;
     int precision_ = 16;
     static constexpr unsigned kInterruptCheckMask = 1023;
-    unsigned steps_ = 0;  // nodes evaluated, for the interrupt check
+    unsigned steps_ = 0;              // nodes evaluated, for the interrupt check
     std::vector<LetVariable> scope_;  // innermost last
 };
 
