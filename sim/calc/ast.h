@@ -24,6 +24,7 @@ enum class NodeKind : uint8_t {
     List,      // "[ a ; b ]" as a function argument
     Get,       // Get ( selector )
     While,     // `bindings` first, then while children[0] holds `steps`; children[1] is the result
+    Field,     // `name`::`field` of the current record (`name` empty: the current table)
 };
 
 enum class Op : uint8_t {
@@ -62,6 +63,9 @@ enum class GetSelector : uint8_t {
     ScriptName,
     FoundCount,
     LastExternalErrorDetail,
+    RecordNumber,
+    RecordId,
+    TotalRecordCount,
 };
 
 struct Node;
@@ -83,6 +87,7 @@ struct Node {
     const Builtin* builtin = nullptr;
     Value literal;
     std::u16string name;
+    std::u16string field;  // of a Field node
     NodePtr repetition;
     std::vector<NodePtr> children;
     std::vector<Op> ops;

@@ -38,7 +38,7 @@ Table buildTable() {
     Table table;
     for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
                         numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
-                        jsonFunctions(), encodingFunctions()}) {
+                        jsonFunctions(), encodingFunctions(), fieldFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;

@@ -70,6 +70,7 @@ std::span<const Builtin> styleFunctions();
 std::span<const Builtin> hostFunctions();
 std::span<const Builtin> jsonFunctions();
 std::span<const Builtin> encodingFunctions();
+std::span<const Builtin> fieldFunctions();
 
 // Shared by the families.
 Value textValue(Text t);

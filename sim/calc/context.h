@@ -51,6 +51,26 @@ public:
                                                      std::u16string_view rowSeparator) = 0;
     // Registered plug-in function by name, ignoring case; nullptr when none.
     virtual const ExternalFunction* findFunction(std::u16string_view name) = 0;
+    // Whether the user asked to stop the running calculation (Ctrl-C in the shell).
+    virtual bool interrupted() { return false; }
+    // A field of the current record of `table` (empty: the current table); nullopt when the
+    // table or the field does not exist. `repetition` counts from 1.
+    virtual std::optional<Value> field(std::u16string_view table, std::u16string_view field,
+                                       int repetition) {
+        (void)table, (void)field, (void)repetition;
+        return std::nullopt;
+    }
+    // Whether a bare name is a field of the current table (read as one when it is nothing else).
+    virtual bool isCurrentTableField(std::u16string_view field) {
+        (void)field;
+        return false;
+    }
+    struct RecordPlace {
+        double number = 0;  // the current record's place in the found set, from 1; 0 for none
+        double found = 0;   // records in the found set (all of the current table's)
+        double id = 0;      // the current record's id (its rowid)
+    };
+    virtual RecordPlace recordPlace() { return {}; }
     // Calls a plug-in function; returns its error code (an escaping exception is reported as
     // a calculation error by the host, never propagated).
     virtual short callFunction(const ExternalFunction& f, const std::vector<Value>& args,

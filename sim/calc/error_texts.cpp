@@ -6,6 +6,7 @@ namespace sim::calc {
 
 std::string_view errorText(short code) {
     static constexpr std::pair<short, std::string_view> kTexts[] = {
+        {1, "User canceled action"},
         {100, "File is missing"},
         {102, "Field is missing"},
         {104, "Script is missing"},

@@ -8,6 +8,8 @@
 namespace sim::calc {
 
 enum ErrorCode : short {
+    kUserCanceled = 1,  // the user interrupted the calculation
+    kFieldMissing = 102,
     kGenericError = 1200,
     kTooFewParameters = 1201,
     kTooManyParameters = 1202,
@@ -20,8 +22,10 @@ enum ErrorCode : short {
     kNameMissing = 1209,
     kListNotAllowed = 1211,
     kDuplicateLetVariable = 1213,
+    kFieldRequired = 1214,  // an expression where a field is required
     kInvalidGetParameter = 1215,
     kBadNumber = 1218,
+    kNotSupportedHere = 1225,  // "Function referred to is not supported in this context"
 };
 
 // FileMaker's text for an error code the host answers with (calculation, file, script and SQL

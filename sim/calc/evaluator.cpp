@@ -64,6 +64,8 @@ int callerNesting() { return tCallerNesting; }
 
 Value Evaluator::eval(const Node& node) {
     DepthGuard guard(depth_);
+    // Asking the host costs a little, so only every so many steps.
+    if ((++steps_ & kInterruptCheckMask) == 0 && context_.interrupted()) raise(kUserCanceled);
     Value v = evalNode(node);
     if (v.type() == Type::Text && v.textValue().size() > kMaxTextUnits) raise(kGenericError);
     return v;
@@ -96,6 +98,8 @@ Value Evaluator::evalNode(const Node& node) {
             return evalGet(node);
         case NodeKind::While:
             return evalWhile(node);
+        case NodeKind::Field:
+            return evalField(node);
         case NodeKind::List:
             break;  // only functions that take lists look into one
     }
@@ -185,6 +189,7 @@ Value Evaluator::evalWhile(const Node& node) {
     for (const LetBinding& b : node.bindings) assign(b, start);
     for (int iterations = 0; isTrue(eval(*node.children[0])); ++iterations) {
         if (iterations == kWhileLimit) return questionMark();
+        if (context_.interrupted()) raise(kUserCanceled);
         for (const LetBinding& b : node.steps) assign(b, start);
     }
     return eval(*node.children[1]);
@@ -195,6 +200,17 @@ Value Evaluator::evalLetName(const Node& node) const {
         if (it->name == node.name) return it->value;
     }
     raise(kOperatorMissing);
+}
+
+Value Evaluator::evalField(const Node& node) {
+    const int repetition = repetitionOf(node.repetition.get());
+    std::optional<Value> v = context_.field(node.name, node.field, repetition);
+    if (!v) {
+        const std::u16string shown =
+            node.name.empty() ? node.field : node.name + u"::" + node.field;
+        raise(kFieldMissing, u"no field " + shown);
+    }
+    return std::move(*v);
 }
 
 Value Evaluator::evalVariable(const Node& node) {
@@ -264,10 +280,17 @@ Value Evaluator::evalGet(const Node& node) {
             return Value::text(std::u16string(u"English"));
         case GetSelector::CurrentTimeUtcMilliseconds:
             return Value::number(std::floor(context_.utcMilliseconds()));
-        // No script steps run here, so none has failed; there is no layout, so no found set.
+        // No script steps run here, so none has failed.
         case GetSelector::LastError:
-        case GetSelector::FoundCount:
             return Value::number(0.0);
+        // The found set is every record of the current table (the last one given a record).
+        case GetSelector::FoundCount:
+        case GetSelector::TotalRecordCount:
+            return Value::number(context_.recordPlace().found);
+        case GetSelector::RecordNumber:
+            return Value::number(context_.recordPlace().number);
+        case GetSelector::RecordId:
+            return Value::number(context_.recordPlace().id);
         case GetSelector::ScriptName:
             return Value::text(context_.scriptName());
         case GetSelector::LastExternalErrorDetail:

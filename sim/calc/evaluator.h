@@ -10,6 +10,9 @@
 //   function are 1208; the Let variable named twice in one Let is 1213 (plain names only);
 //   a repetition outside 1 .. 2^31-1, nesting beyond kMaxDepth and texts beyond kMaxTextUnits
 //   are 1200.
+// - A bare name that is none of these but a field of the current table reads that field; a
+//   field or table that does not exist is 102 when read.
+// - A calculation the user interrupts (Context::interrupted) fails with error 1 between steps.
 // - An empty calculation is an empty text without error.
 // - Let sets "$" variables left to right as their values are computed; a syntax error sets
 //   nothing, a later evaluation error leaves the earlier ones set.
@@ -62,6 +65,7 @@ private:
     Value evalBuiltin(const Node& node);
     Value evalExternal(const Node& node);
     Value evalGet(const Node& node);
+    Value evalField(const Node& node);
     int repetitionOf(const Node* repetition);
     std::vector<Value> evalArguments(const Node& node);
     std::vector<std::u16string> letNames() const;
@@ -74,6 +78,8 @@ private:
     Context& context_;
     int depth_;
     int precision_ = 16;
+    static constexpr unsigned kInterruptCheckMask = 1023;
+    unsigned steps_ = 0;              // nodes evaluated, for the interrupt check
     std::vector<LetVariable> scope_;  // innermost last
 };
 

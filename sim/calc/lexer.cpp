@@ -34,12 +34,17 @@ bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 
 bool isOperatorSymbol(char16_t c) { return c == u'\u2260' || c == u'\u2264' || c == u'\u2265'; }
 
+// FileMaker's names may hold any character but its operators and separators; of ASCII's
+// punctuation this engine takes "_" and "~" anywhere ("~x", a common name for Let variables) and
+// "." after the first character ("$$APP.NAME").
 bool isNameStart(char16_t c) {
-    if (c < 0x80) return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_';
+    if (c < 0x80) {
+        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c == u'~';
+    }
     return !isBlank(c) && c != kPilcrow && !isOperatorSymbol(c);
 }
 
-bool isNameChar(char16_t c) { return isNameStart(c) || isDigit(c); }
+bool isNameChar(char16_t c) { return isNameStart(c) || isDigit(c) || c == u'.'; }
 
 bool isLineEnd(char16_t c) { return c == u'\r' || c == u'\n' || c == u'\u2028' || c == u'\u2029'; }
 
@@ -216,15 +221,24 @@ private:
         return t;
     }
 
-    // A name; "$" and "$$" prefixes belong to it.
+    // A name; "$" and "$$" prefixes belong to it, and so does "::Field" after a table's name.
     Token name() {
         Token t = simple(Tok::Name);
         const size_t start = i_;
-        if (s_[i_] == u'$') {
+        const bool variable = s_[i_] == u'$';
+        if (variable) {
             ++i_;
             if (at(i_) == u'$') ++i_;
         }
-        while (i_ < s_.size() && isNameChar(s_[i_])) ++i_;
+        // A name does not start with a dot, not even after "$".
+        if (at(i_) != u'.') {
+            while (i_ < s_.size() && isNameChar(s_[i_])) ++i_;
+        }
+        if (!variable && i_ > start && at(i_) == u':' && at(i_ + 1) == u':' &&
+            isNameStart(at(i_ + 2))) {
+            i_ += 2;
+            while (i_ < s_.size() && isNameChar(s_[i_])) ++i_;
+        }
         t.text.assign(s_.substr(start, i_ - start));
         return t;
     }

@@ -14,7 +14,8 @@ enum class Tok : uint8_t {
     End,
     Number,
     Text,  // a quoted text constant, or a bare pilcrow (a carriage return)
-    Name,  // function, Let variable, keyword or constant; "$name" and "$$name" included
+    Name,  // function, Let variable, keyword, constant or field; "$name", "$$name" and
+           // "Table::Field" included
     LParen,
     RParen,
     LBracket,

@@ -60,6 +60,9 @@ std::optional<GetSelector> selectorOf(std::u16string_view lower) {
     if (lower == u"scriptname") return GetSelector::ScriptName;
     if (lower == u"foundcount") return GetSelector::FoundCount;
     if (lower == u"lastexternalerrordetail") return GetSelector::LastExternalErrorDetail;
+    if (lower == u"recordnumber") return GetSelector::RecordNumber;
+    if (lower == u"recordid") return GetSelector::RecordId;
+    if (lower == u"totalrecordcount") return GetSelector::TotalRecordCount;
     return std::nullopt;
 }
 
@@ -244,6 +247,9 @@ private:
         const Token t = take();
         const std::u16string lower = lowerName(t.text);
         if (t.text.front() == u'$') return parseVariable(t.text);
+        if (const auto separator = t.text.find(u"::"); separator != std::u16string::npos) {
+            return parseField(t.text.substr(0, separator), t.text.substr(separator + 2));
+        }
         if (peek().kind == Tok::LParen) return parseCall(t, lower);
         if (inScope(lower)) {
             NodePtr n = makeNode(NodeKind::LetName);
@@ -263,7 +269,18 @@ private:
             n->name = t.text;
             return n;
         }
+        if (context_.isCurrentTableField(t.text)) return parseField({}, t.text);
         failAt(t, kOperatorMissing, u"no variable, constant or function named " + t.text);
+    }
+
+    // A field of the current record of `table` (empty: the current table), with an optional
+    // repetition "[n]". Whether it exists is known when it is read (error 102).
+    NodePtr parseField(std::u16string table, std::u16string field) {
+        NodePtr n = makeNode(NodeKind::Field);
+        n->name = std::move(table);
+        n->field = std::move(field);
+        n->repetition = parseRepetition();
+        return n;
     }
 
     NodePtr parseVariable(const std::u16string& name) {
@@ -274,7 +291,7 @@ private:
         return n;
     }
 
-    // "[n]" after a "$" variable.
+    // "[n]" after a "$" variable or a field.
     NodePtr parseRepetition() {
         if (peek().kind != Tok::LBracket) return nullptr;
         take();

@@ -58,6 +58,7 @@ void Host::reset() {
     observer_ = nullptr;
     clock_ = nullptr;
     applicationVersion_.clear();
+    interrupt_ = false;
 }
 
 // --- Files ---------------------------------------------------------------------------------

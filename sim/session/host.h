@@ -4,6 +4,7 @@
 // plug-in functions call back into the host re-entrantly and from several threads at once.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -102,6 +103,34 @@ public:
     // The open file's own spelling of `name` (names match ignoring case); empty when not open.
     std::u16string canonicalFileName(std::u16string_view name) const;
 
+    // --- Records --------------------------------------------------------------------------
+    // Makes record `rowid` of `table` (a table of the file's database) the table's current
+    // record, and the table the file's current table. Returns what is wrong (no such table or
+    // record), empty when done.
+    std::string setCurrentRecord(std::u16string_view file, std::u16string_view table,
+                                 int64_t rowid);
+    struct RecordChoice {
+        std::u16string table;
+        int64_t rowid = 0;
+        bool current = false;  // the current table's
+    };
+    // The records chosen in a file, in the order their tables were first given one.
+    std::vector<RecordChoice> currentRecords(std::u16string_view file) const;
+    // A field of the current record of `table` (empty: the current table): the record chosen
+    // for it, else its first. An empty value when the table has no record or `repetition` is
+    // beyond 1; nullopt when there is no such table or field.
+    std::optional<Value> fieldValue(std::u16string_view file, std::u16string_view table,
+                                    std::u16string_view field, int repetition) const;
+    bool hasCurrentTableField(std::u16string_view file, std::u16string_view field) const;
+    calc::Context::RecordPlace recordPlace(std::u16string_view file) const;
+
+    // --- Interrupts ------------------------------------------------------------------------
+    // The user's request to stop (Ctrl-C): running calculations fail with error 1 and idle
+    // waits end until it is cleared. The flag may be set from a signal handler.
+    std::atomic<bool>& interruptFlag() { return interrupt_; }
+    bool interrupted() const { return interrupt_.load(std::memory_order_relaxed); }
+    void clearInterrupt() { interrupt_.store(false); }
+
     // --- Plug-in functions ---------------------------------------------------------------
     short registerFunction(RegisteredFunction f);
     short unregisterFunction(short id);
@@ -152,7 +181,20 @@ private:
         std::vector<std::pair<std::u16string, std::u16string>> scripts;  // name, calculation
         std::shared_ptr<Database> db;
         std::u16string externalErrorDetail;
+        // The current record of each table given one, by lower-cased table name, and the
+        // current table (the last given one).
+        std::vector<RecordChoice> records;
+        std::u16string currentTable;
     };
+    // The table a field reference names, and the record to read: the chosen one or, with
+    // rowid 0, the first.
+    struct RecordTarget {
+        std::shared_ptr<Database> db;
+        std::u16string table;
+        int64_t rowid = 0;
+    };
+    std::optional<RecordTarget> recordTarget(std::u16string_view file,
+                                             std::u16string_view table) const;
     std::shared_ptr<File> findFileLocked(std::u16string_view name) const;
     std::optional<ScriptRequest> takeQueuedScript();
 
@@ -167,6 +209,7 @@ private:
     std::function<void(const ScriptRun&)> observer_;
     std::function<DateTime()> clock_;
     std::u16string applicationVersion_;
+    std::atomic<bool> interrupt_{false};
 };
 
 // Local time now, in whole seconds, from the system clock.

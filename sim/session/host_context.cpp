@@ -85,6 +85,19 @@ std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
     return joined;
 }
 
+bool HostContext::interrupted() { return host_.interrupted(); }
+
+std::optional<Value> HostContext::field(std::u16string_view table, std::u16string_view field,
+                                        int repetition) {
+    return host_.fieldValue(file_, table, field, repetition);
+}
+
+bool HostContext::isCurrentTableField(std::u16string_view field) {
+    return host_.hasCurrentTableField(file_, field);
+}
+
+calc::Context::RecordPlace HostContext::recordPlace() { return host_.recordPlace(file_); }
+
 // Asks the host every time, so that a function unregistered meanwhile (by the calculation's own
 // arguments or by another thread) is missing at its call, not called from a stale copy.
 const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {

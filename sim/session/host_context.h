@@ -41,6 +41,11 @@ public:
                                              const std::vector<Value>& arguments,
                                              std::u16string_view fieldSeparator,
                                              std::u16string_view rowSeparator) override;
+    bool interrupted() override;
+    std::optional<Value> field(std::u16string_view table, std::u16string_view field,
+                               int repetition) override;
+    bool isCurrentTableField(std::u16string_view field) override;
+    RecordPlace recordPlace() override;
     const calc::ExternalFunction* findFunction(std::u16string_view name) override;
     // The plug-in function runs with this context's environment; a thrown exception becomes
     // kGenericCalcError with an invalid result.

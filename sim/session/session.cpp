@@ -110,6 +110,12 @@ Session::Session(SessionOptions options) : host_(Host::instance()), options_(std
         } catch (const DatabaseError& e) {
             throw SessionError(options_.seedName + ", " + e.what());
         }
+        for (const auto& [table, rowid] : options_.records) {
+            const std::string wrong = host_.setCurrentRecord(file, fromUtf8(table), rowid);
+            if (!wrong.empty())
+                throw SessionError("--record " + table + "=" + std::to_string(rowid) + ": " +
+                                   wrong);
+        }
         for (const std::string& other : options_.otherFiles) {
             try {
                 host_.openFile(fromUtf8(other));
@@ -187,7 +193,7 @@ void Session::idleFor(std::chrono::milliseconds duration, std::chrono::milliseco
     for (;;) {
         idle(kFMXT_UserIdle);
         const auto now = std::chrono::steady_clock::now();
-        if (now >= deadline) break;
+        if (now >= deadline || host_.interrupted()) break;
         std::this_thread::sleep_for(
             std::min<std::chrono::steady_clock::duration>(interval, deadline - now));
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -47,6 +48,9 @@ struct SessionOptions {
     std::string seedSql;                  // SQL run on the current file's database after opening
     std::string seedName = "seed";        // what a failure of the seed calls it (its file)
     std::vector<std::string> otherFiles;  // opened after it, in memory
+    // Current records of the current file's tables (table, rowid), set after the seed ran; the
+    // last one's table is the current table.
+    std::vector<std::pair<std::string, int64_t>> records;
     std::vector<std::pair<std::string, std::string>> scripts;  // of the current file: name, calc
     short hostVersion = Plugin::kDefaultHostVersion;
     std::vector<short> refusedIds;  // registration of these ids is refused
@@ -102,7 +106,8 @@ public:
 
     // One idle call of `kind` to the plug-in, then the queued scripts run.
     void idle(FMX_IdleLevel kind);
-    // Safe idle calls every `interval` for `duration`, running queued scripts after each.
+    // Safe idle calls every `interval` for `duration`, running queued scripts after each; ends
+    // early when the host is interrupted.
     void idleFor(std::chrono::milliseconds duration,
                  std::chrono::milliseconds interval = std::chrono::milliseconds(20));
     std::size_t runQueuedScripts();

@@ -8,8 +8,11 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <iostream>
 #include <string>
+
+#include "sim/shell/commands.h"
 
 namespace fmsim {
 
@@ -63,40 +66,47 @@ std::string historyPath() {
     return std::string(home) + "/.fmsim_history";
 }
 
+void Pending::add(const std::string& line) {
+    if (!calc.empty()) {
+        calc += '\r';
+        typed += '\n';
+    }
+    calc += line;
+    typed += line;
+}
+
+void Pending::clear() {
+    calc.clear();
+    typed.clear();
+}
+
+Fed feed(const InputActions& actions, Pending& pending, std::string line) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (pending.empty()) {
+        if (line.find_first_not_of(" \t") == std::string::npos) return {};
+        if (isCommand(line)) return {actions.command(line), line};
+    } else if (isCommand(line) && dropsOpenCalculation(line)) {
+        pending.clear();
+        return {!quits(line), {}};
+    }
+    pending.add(line);
+    if (continues(pending.calc)) return {};
+    actions.evaluate(pending.calc);
+    std::string typed = std::move(pending.typed);
+    pending.clear();
+    return {true, std::move(typed)};
+}
+
 namespace {
 
 constexpr int kIdleIntervalMs = 100;
-
-// Lines joined into one calculation: a line break inside a calculation is a return.
-struct Pending {
-    std::string calc;
-
-    bool empty() const { return calc.empty(); }
-    void add(const std::string& line) {
-        if (!calc.empty()) calc += '\r';
-        calc += line;
-    }
-};
-
-// Feeds one line; returns false when the input should end.
-bool feed(const InputActions& actions, Pending& pending, std::string line) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (pending.empty()) {
-        if (line.find_first_not_of(" \t") == std::string::npos) return true;
-        if (isCommand(line)) return actions.command(line);
-    }
-    pending.add(line);
-    if (continues(pending.calc)) return true;
-    actions.evaluate(pending.calc);
-    pending.calc.clear();
-    return true;
-}
+constexpr wchar_t kInterruptKey = 3;  // Ctrl-C
 
 void readPlain(const InputActions& actions) {
     Pending pending;
     std::string line;
     while (std::getline(std::cin, line)) {
-        if (!feed(actions, pending, std::move(line))) return;
+        if (!feed(actions, pending, std::move(line)).more) return;
         actions.idle();
     }
     // Input that ends inside an open bracket still gets its answer (an error that says so).
@@ -106,6 +116,7 @@ void readPlain(const InputActions& actions) {
 struct Terminal {
     const InputActions* actions;
     Pending pending;
+    bool dropped = false;  // Ctrl-C: the line being typed and the open calculation go
 };
 
 Terminal* terminalOf(EditLine* el) {
@@ -136,6 +147,12 @@ int readByte() {
 int readCharacter(EditLine* el, wchar_t* out) {
     Terminal* t = terminalOf(el);
     for (;;) {
+        // Ctrl-C reaches the shell as a signal (during the wait or an idle call's scripts)
+        // or, with the terminal's signals off, as the key itself: both drop the line.
+        if (t->actions->takeInterrupt()) {
+            *out = kInterruptKey;
+            return 1;
+        }
         pollfd p{STDIN_FILENO, POLLIN, 0};
         const int ready = ::poll(&p, 1, kIdleIntervalMs);
         if (ready < 0 && errno == EINTR) continue;
@@ -174,11 +191,13 @@ int readCharacter(EditLine* el, wchar_t* out) {
     return 1;
 }
 
+// The line without its final line feed; a calculation recalled whole from the history keeps
+// the line feeds between its lines.
 std::string utf8Of(const wchar_t* line, int count) {
     std::string out;
+    if (count > 0 && line[count - 1] == L'\n') --count;
     for (int i = 0; i < count; ++i) {
         const auto c = static_cast<uint32_t>(line[i]);
-        if (c == L'\n') continue;
         if (c < 0x80) {
             out += static_cast<char>(c);
         } else if (c < 0x800) {
@@ -207,44 +226,107 @@ void useUtf8Characters() {
     }
 }
 
+unsigned char dropLine(EditLine* el, int) {
+    terminalOf(el)->dropped = true;
+    return CC_NEWLINE;
+}
+
+// The history of whole calculations, kept in historyPath().
+class History {
+public:
+    History() : history_(history_winit()), path_(historyPath()) {
+        history_w(history_, &event_, H_SETSIZE, kHistoryEntries);
+        history_w(history_, &event_, H_SETUNIQUE, 1);
+        if (!path_.empty()) history_w(history_, &event_, H_LOAD, path_.c_str());
+    }
+    ~History() { history_wend(history_); }
+    History(const History&) = delete;
+    History& operator=(const History&) = delete;
+
+    HistoryW* handle() { return history_; }
+
+    void add(const std::string& typed) {
+        if (typed.empty() || typed.size() > kMaxHistoryEntryBytes) return;
+        const std::wstring entry = wideOf(typed);
+        history_w(history_, &event_, H_ENTER, entry.c_str());
+        if (!path_.empty()) history_w(history_, &event_, H_SAVE, path_.c_str());
+    }
+
+private:
+    static std::wstring wideOf(const std::string& utf8) {
+        std::wstring out;
+        std::mbstate_t state{};
+        const char* from = utf8.data();
+        const char* end = from + utf8.size();
+        while (from < end) {
+            wchar_t c = 0;
+            const std::size_t n =
+                std::mbrtowc(&c, from, static_cast<std::size_t>(end - from), &state);
+            if (n == 0 || n > static_cast<std::size_t>(end - from)) {
+                out += L'\uFFFD';
+                state = {};
+                ++from;
+                continue;
+            }
+            out += c;
+            from += n;
+        }
+        return out;
+    }
+
+    HistoryW* history_;
+    HistEventW event_{};
+    std::string path_;
+};
+
 void readTerminal(const InputActions& actions) {
     useUtf8Characters();
     Terminal state{&actions, {}};
-    EditLine* el = el_init("fmsim", stdin, stdout, stderr);
+    EditLine* el = el_init("fmsim", stdin, actions.terminalOut, actions.terminalErr);
     if (el == nullptr) {
         readPlain(actions);
         return;
     }
-    HistoryW* history = history_winit();
-    HistEventW event;
-    history_w(history, &event, H_SETSIZE, 1000);
-    history_w(history, &event, H_SETUNIQUE, 1);
-    const std::string path = historyPath();
-    if (!path.empty()) history_w(history, &event, H_LOAD, path.c_str());
+    History history;
     el_set(el, EL_CLIENTDATA, &state);
     el_set(el, EL_EDITOR, "emacs");
     el_set(el, EL_PROMPT, prompt);
-    el_wset(el, EL_HIST, history_w, history);
+    el_wset(el, EL_HIST, history_w, history.handle());
     el_set(el, EL_GETCFN, readCharacter);
     el_set(el, EL_SIGNAL, 1);
+    // The wide forms: libedit keeps these names as given, where the narrow ones copy them and
+    // never free the copies.
+    el_wset(el, EL_ADDFN, L"fmsim-drop", L"drop the line and the open calculation", dropLine);
+    el_wset(el, EL_BIND, L"^C", L"fmsim-drop", nullptr);
 
     for (;;) {
         int count = 0;
         const wchar_t* read = el_wgets(el, &count);
-        if (read == nullptr || count <= 0) break;
-        std::string line = utf8Of(read, count);
-        if (line.find_first_not_of(" \t") != std::string::npos) {
-            std::wstring entry(read, read + count);
-            if (entry.back() == L'\n') entry.pop_back();
-            history_w(history, &event, H_ENTER, entry.c_str());
-            if (!path.empty()) history_w(history, &event, H_SAVE, path.c_str());
+        if (state.dropped) {
+            state.dropped = false;
+            state.pending.clear();
+            std::fputs("^C\n", actions.terminalOut);
+            std::fflush(actions.terminalOut);
+            continue;
         }
-        if (!feed(actions, state.pending, std::move(line))) break;
+        if (read == nullptr || count <= 0) break;
+        // A calculation recalled from the history comes back with its lines.
+        const std::string text = utf8Of(read, count);
+        bool more = true;
+        for (std::size_t start = 0; more && start <= text.size();) {
+            std::size_t end = text.find('\n', start);
+            if (end == std::string::npos) end = text.size();
+            const Fed fed = feed(actions, state.pending, text.substr(start, end - start));
+            history.add(fed.finished);
+            more = fed.more;
+            start = end + 1;
+        }
+        if (!more) break;
     }
     if (!state.pending.empty()) actions.evaluate(state.pending.calc);
-    std::cout << '\n' << std::flush;
+    std::fputs("\n", actions.terminalOut);
+    std::fflush(actions.terminalOut);
     el_end(el);
-    history_wend(history);
 }
 
 }  // namespace

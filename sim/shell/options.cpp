@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <optional>
 
@@ -24,11 +23,15 @@ const char* const kUsage =
     "Get ( ScriptParameter ) set (repeatable)\n"
     "  --host-version N     host version sent at initialise (default 77)\n"
     "  --refuse ID          the host refuses to register function id ID (repeatable)\n"
-    "  --idle SECONDS       after the calculations, send safe idle calls for SECONDS and run "
-    "started scripts\n"
+    "  --record TABLE=ROWID the current record of TABLE in the current file (repeatable; the last\n"
+    "                       one's table is the current table)\n"
+    "  --idle SECONDS       after the calculations, send safe idle calls for SECONDS (0 to 86400) "
+    "and run\n"
+    "                       started scripts\n"
     "  --json               JSON lines output\n"
-    "  --log FILE           append the plug-in's platform log to FILE (default: standard error)\n"
-    "  --quiet              drop the plug-in's platform log\n"
+    "  --log FILE           append what the plug-in writes to standard output and error to FILE\n"
+    "                       (default: fmsim's standard error; results stay on standard output)\n"
+    "  --quiet              drop what the plug-in writes\n"
     "  --version            print fmsim's version\n"
     "  -e CALC              evaluate CALC; several are evaluated in order in one session\n"
     "  -t CALC              evaluate CALC on every thread at once, before the -e calculations; "
@@ -69,24 +72,24 @@ int parseCount(const std::string& option, const std::string& text, int max) {
     return value;
 }
 
-double parseSeconds(const std::string& option, const std::string& text) {
-    std::size_t used = 0;
-    double value = 0;
-    try {
-        value = std::stod(text, &used);
-    } catch (const std::exception&) {
-        used = 0;
+// "Table=ROWID".
+std::pair<std::string, int64_t> parseRecord(const std::string& text) {
+    const auto eq = text.rfind('=');
+    int64_t rowid = 0;
+    if (eq != std::string::npos && eq > 0) {
+        const char* end = text.data() + text.size();
+        auto [ptr, ec] = std::from_chars(text.data() + eq + 1, end, rowid);
+        if (ec == std::errc() && ptr == end && eq + 1 < text.size()) {
+            return {text.substr(0, eq), rowid};
+        }
     }
-    if (used == 0 || used != text.size() || !std::isfinite(value) || value < 0) {
-        throw UsageError(option + " needs a number of seconds, not \"" + text + "\"");
-    }
-    return value;
+    throw UsageError("--record needs TABLE=ROWID, not \"" + text + "\"");
 }
 
 constexpr const char* kOptionNames[] = {
-    "--plugin",       "--file",    "--db",     "--seed", "--open", "--script",
-    "--host-version", "--refuse",  "--idle",   "--json", "--log",  "--quiet",
-    "--version",      "--threads", "--repeat", "--help", "-e",     "-t",
+    "--plugin", "--file", "--db",   "--seed", "--open",   "--script",  "--host-version",
+    "--refuse", "--idle", "--json", "--log",  "--quiet",  "--version", "--threads",
+    "--repeat", "--help", "-e",     "-t",     "--record",
 };
 
 std::size_t editDistance(const std::string& a, const std::string& b) {
@@ -108,6 +111,24 @@ std::size_t editDistance(const std::string& a, const std::string& b) {
 std::u16string folded(const std::string& name) { return sim::toLower(sim::fromUtf8(name)); }
 
 }  // namespace
+
+std::optional<double> idleSeconds(const std::string& text) {
+    std::size_t used = 0;
+    double value = 0;
+    try {
+        value = std::stod(text, &used);
+    } catch (const std::exception&) {
+        used = 0;
+    }
+    if (used == 0 || used != text.size() || !(value >= 0 && value <= kMaxIdleSeconds)) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::string idleSecondsWanted(const std::string& text) {
+    return "needs a number of seconds (0 to 86400), not \"" + text + "\"";
+}
 
 std::string closestOption(const std::string& typed) {
     std::string best;
@@ -189,7 +210,12 @@ Options parseArguments(const std::vector<std::string>& args) {
         } else if (option == "--refuse") {
             o.session.refusedIds.push_back(parseShort(option, value()));
         } else if (option == "--idle") {
-            o.idleSeconds = parseSeconds(option, value());
+            const std::string text = value();
+            const std::optional<double> seconds = idleSeconds(text);
+            if (!seconds) throw UsageError("--idle " + idleSecondsWanted(text));
+            o.idleSeconds = *seconds;
+        } else if (option == "--record") {
+            o.session.records.push_back(parseRecord(value()));
         } else if (option == "--json") {
             noValue();
             o.json = true;

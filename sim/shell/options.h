@@ -1,6 +1,7 @@
 // fmsim's command line.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -31,6 +32,13 @@ struct Options {
     std::string logPath;  // --log: where the plug-in's platform log goes (default: standard error)
     bool quiet = false;   // --quiet: the platform log is dropped
 };
+
+// The longest idle wait (--idle, .idle): a day.
+constexpr double kMaxIdleSeconds = 86400;
+// SECONDS of --idle and .idle: a number from 0 to kMaxIdleSeconds; nullopt otherwise.
+std::optional<double> idleSeconds(const std::string& text);
+// What is wrong with such a text: "needs a number of seconds (0 to 86400), not "TEXT"".
+std::string idleSecondsWanted(const std::string& text);
 
 // Throws UsageError with a one-line message.
 Options parseArguments(const std::vector<std::string>& args);

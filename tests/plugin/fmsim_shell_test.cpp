@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -257,6 +258,182 @@ TEST(FmsimShell, CalculationsContinueWhileSomethingIsOpen) {
             runShell("printf '%s' " + shellQuoted(input) + " | " + std::string(FMSIM_PATH));
         EXPECT_EQ(run.output, wanted) << input;
     }
+}
+
+// Ctrl-C, as in the sqlite3 shell: it drops the line being typed or the open calculation, and
+// stops a running calculation or idle wait, while the session (its $$ variables, the plug-in's
+// pending scripts) goes on.
+TEST(FmsimShell, CtrlCDropsAndInterruptsWithoutEndingTheSession) {
+    const std::string history = temporaryPath("fmsim_history_interrupt");
+    std::filesystem::remove(history);
+    Terminal t(history, {"--script", "Later=Get ( ScriptParameter )"});
+    ASSERT_TRUE(t.waitFor("fmsim> ")) << t.output();
+    t.type("Let ( $$kept = 5 ; Ravelin_DoFileMakerScript ( \"Later\" ; \"due\" ; 6 ) )\r");
+    EXPECT_TRUE(t.waitFor("0")) << t.output();
+    const char* const longLoop =
+        "While ( i = 0 ; i < 50000 ; i = i + 1 + 0 * While ( j = 0 ; j < 50000 ; j = j + 1 ; j ) "
+        "; i )\r";
+    const struct {
+        const char* typed;  // then Ctrl-C
+        const char* shown;  // after it
+    } steps[] = {
+        {"1 + 2", "^C"},               // the line being typed
+        {"Let ( [ x = \"ab\r", "^C"},  // an open calculation
+        {longLoop, "? (error 1: User canceled action)"},
+        {".idle 600\r", "fmsim> "},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.typed);
+        t.type(step.typed);
+        usleep(300000);
+        t.type("\x03");
+        EXPECT_TRUE(t.waitFor(step.shown)) << t.output();
+        EXPECT_TRUE(t.waitFor("fmsim> ")) << t.output();
+    }
+    // Nothing of the dropped lines is left over; the variables and the pending script are.
+    t.type("$$kept + 1\r");
+    EXPECT_TRUE(t.waitFor("6")) << t.output();
+    const std::string ran = "script Later in Demo with parameter \"due\"";
+    EXPECT_TRUE(t.output().find(ran) != std::string::npos || t.waitFor(ran, 15)) << t.output();
+    // .cancel is the typed way to drop an open calculation, .quit ends even inside one.
+    t.type("\"open\r");
+    EXPECT_TRUE(t.waitFor("...> ")) << t.output();
+    t.type(".cancel\r");
+    EXPECT_TRUE(t.waitFor("fmsim> ")) << t.output();
+    t.type("(1\r");
+    EXPECT_TRUE(t.waitFor("...> ")) << t.output();
+    t.type(".quit\r");
+    EXPECT_EQ(t.exitCode(), 0) << t.output();
+    EXPECT_EQ(t.output().find("error 1207"), std::string::npos) << t.output();
+    std::filesystem::remove(history);
+}
+
+// The history keeps calculations whole, and not a pasted document.
+TEST(FmsimShell, HistoryKeepsWholeCalculationsOfBoundedSize) {
+    const std::string history = temporaryPath("fmsim_history_whole");
+    std::filesystem::remove(history);
+    const std::string pasted = "Length ( \"" + std::string(20000, 'x') + "\" )";
+    {
+        Terminal t(history);
+        ASSERT_TRUE(t.waitFor("fmsim> ")) << t.output();
+        t.type("Let ( a = 20 ;\r");
+        EXPECT_TRUE(t.waitFor("...> ")) << t.output();
+        t.type("a + 1 )\r");
+        EXPECT_TRUE(t.waitFor("21")) << t.output();
+        t.type(pasted + "\r");
+        EXPECT_TRUE(t.waitFor("20000", 20)) << t.output().size();
+        t.type(".quit\r");
+        EXPECT_EQ(t.exitCode(), 0);
+    }
+    const auto saved = std::filesystem::file_size(history);
+    EXPECT_LT(saved, 1000u);
+    {
+        // The two lines come back as one entry, before .quit: the up arrow twice, then Enter,
+        // runs it again.
+        Terminal t(history);
+        ASSERT_TRUE(t.waitFor("fmsim> ")) << t.output();
+        usleep(300000);
+        t.type("\x1b[A\x1b[A\r");
+        EXPECT_TRUE(t.waitFor("21")) << t.output();
+        EXPECT_TRUE(t.waitFor("fmsim> ")) << t.output();
+        t.type(".quit\r");
+        EXPECT_EQ(t.exitCode(), 0);
+    }
+    std::filesystem::remove(history);
+}
+
+// Under --json every dot-command answers one JSON line; values with returns stay on it.
+TEST(FmsimShell, DotCommandsAnswerInJson) {
+    const std::string seed = temporaryPath("fmsim_records_seed.sql");
+    std::ofstream(seed) << "CREATE TABLE Contacts (Name TEXT);\n"
+                           "INSERT INTO Contacts VALUES ('Ann'), ('Bob');\n";
+    const std::string options =
+        " --seed " + seed + " --script 'S=1' --open Other --record Contacts=2";
+    const struct {
+        const char* input;
+        const char* json;   // the answer under --json
+        const char* plain;  // and without
+    } cases[] = {
+        {"Let ( [ $$a = \"x¶y\" ; $b = 2 ] ; 1 )\n.vars\n",
+         "{\"type\": \"Number\", \"text\": \"1\", \"error\": 0}\n"
+         "{\"vars\": [{\"name\": \"$$a\", \"type\": \"Text\", \"text\": \"x\\ry\"}, "
+         "{\"name\": \"$b\", \"type\": \"Number\", \"text\": \"2\"}]}\n",
+         "1\n$$a = x\ry\n$b = 2\n"},
+        {".files\n",
+         "{\"files\": [{\"name\": \"Demo\", \"current\": true}, "
+         "{\"name\": \"Other\", \"current\": false}]}\n",
+         "Demo (current)\nOther\n"},
+        {".scripts\n", "{\"scripts\": [\"S\"]}\n", "S\n"},
+        {".record\n",
+         "{\"records\": [{\"table\": \"Contacts\", \"record\": 2, \"current\": true}]}\n",
+         "Contacts=2 (current)\n"},
+        {".record contacts=1\nName\n",
+         "{\"records\": [{\"table\": \"Contacts\", \"record\": 1, \"current\": true}]}\n"
+         "{\"type\": \"Text\", \"text\": \"Ann\", \"error\": 0}\n",
+         "Ann\n"},
+        {".record Contacts=9\n",
+         "{\"command\": \".record\", \"error\": \".record Contacts=9: no record 9 in "
+         "Contacts\"}\n",
+         ""},
+        {".idle 0.05\n.idle 86401\n",
+         "{\"idle\": 0.05}\n{\"command\": \".idle\", \"error\": \".idle needs a number of "
+         "seconds (0 to 86400), not \\\"86401\\\"\"}\n",
+         ""},
+        {".nope\n",
+         "{\"command\": \".nope\", \"error\": \"unknown command .nope (.help lists the "
+         "commands)\"}\n",
+         ""},
+        {"\"a\n.cancel\n\"b\"\n", "{\"type\": \"Text\", \"text\": \"b\", \"error\": 0}\n", "b\n"},
+        {"(1\n.quit\n2\n", "", ""},
+        {".help\n", nullptr, nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.input);
+        const std::string piped =
+            "printf '%s' " + shellQuoted(c.input) + " | " + FMSIM_PATH + options;
+        const ShellRun json = runShell(piped + " --json 2>/dev/null");
+        const ShellRun plain = runShell(piped + " 2>/dev/null");
+        if (c.json == nullptr) {
+            EXPECT_TRUE(json.output.starts_with("{\"help\": \".help ")) << json.output;
+            EXPECT_EQ(std::count(json.output.begin(), json.output.end(), '\n'), 1);
+            EXPECT_NE(plain.output.find(".record            the current records"),
+                      std::string::npos);
+            continue;
+        }
+        EXPECT_EQ(json.output, c.json);
+        EXPECT_EQ(plain.output, c.plain);
+    }
+    std::filesystem::remove(seed);
+}
+
+// Options that fmsim refuses, and the fields they choose.
+TEST(FmsimShell, RecordAndIdleOptions) {
+    const std::string seed = temporaryPath("fmsim_record_seed.sql");
+    std::ofstream(seed) << "CREATE TABLE T (v);\nINSERT INTO T VALUES ('one'), ('two');\n";
+    const MessageCase cases[] = {
+        {"--idle 1e9 -e 1", 2, "--idle needs a number of seconds (0 to 86400), not \"1e9\""},
+        {"--idle -1 -e 1", 2, "--idle needs a number of seconds (0 to 86400)"},
+        {"--idle nan -e 1", 2, "--idle needs a number of seconds (0 to 86400)"},
+        {"--record T -e 1", 2, "--record needs TABLE=ROWID, not \"T\""},
+        {"--record T=x -e 1", 2, "--record needs TABLE=ROWID, not \"T=x\""},
+        {"--record =1 -e 1", 2, "--record needs TABLE=ROWID"},
+        {"--seed SEED --record T=3 -e 1", 2, "--record T=3: no record 3 in T"},
+        {"--seed SEED --record U=1 -e 1", 2, "--record U=1: no table U in Demo"},
+        {"--recrod T=1", 2, "did you mean --record?"},
+        {"--seed SEED --record T=2 -e 'T::v & v & Get ( RecordNumber )'", 0, "twotwo2"},
+        {"--seed SEED -e 'T::v & Get ( FoundCount )'", 0, "one0"},
+        {"--seed SEED -e 'T::w'", 0, "? (error 102: Field is missing)"},
+        {"--seed SEED -e 'T::w'", 0, "fmsim: no field T::w"},
+        {"-e 'Let ( ~x = 1 ; ~x ) & $$APP.NAME'", 0, "1\n"},
+    };
+    for (const MessageCase& c : cases) {
+        std::string args = c.args;
+        if (const auto at = args.find("SEED"); at != std::string::npos) args.replace(at, 4, seed);
+        const ShellRun run = runShell(std::string(FMSIM_PATH) + " " + args + " 2>&1");
+        EXPECT_EQ(run.exitCode, c.exitCode) << c.args;
+        EXPECT_NE(run.output.find(c.wanted), std::string::npos) << c.args << ": " << run.output;
+    }
+    std::filesystem::remove(seed);
 }
 
 }  // namespace
