@@ -38,7 +38,8 @@ Table buildTable() {
     Table table;
     for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
                         numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
-                        jsonFunctions(), encodingFunctions()}) {
+                        jsonFunctions(), encodingFunctions(), aggregateFunctions(),
+                        financialFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;

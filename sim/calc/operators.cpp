@@ -21,55 +21,62 @@ Number numberOf(const Value& v) {
     return n;
 }
 
-// A time or timestamp of `seconds`; "?" when the arithmetic before left the range.
-template <class Make>
-Value temporalOf(const std::optional<Number>& seconds, Make make) {
-    return seconds ? make(*seconds) : questionMark();
-}
-
 // Sums and differences that keep a date, time or timestamp type:
-//   date ± number = date (days)         date − date = number of days
-//   time ± number = time (seconds)      time ± time = time
-//   timestamp ± number = timestamp      timestamp − timestamp = number of seconds
-//   timestamp ± time = timestamp        date + time = timestamp
-// A number on the left of "+" works like one on the right. Anything else is plain arithmetic.
+//   date ± number = date (whole days)      date − date = number of days
+//   time ± number = time                   time − time = elapsed time
+//   time + time = time (elapsed when both are)
+//   timestamp ± number = timestamp         timestamp ± time = timestamp
+//   timestamp − timestamp = elapsed time   date + time, date − time = timestamp
+// A number on the left of "+" works like one on the right; in differences with a timestamp a
+// date counts as its midnight. Anything else is plain arithmetic on the numbers.
 std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
     const Type ta = a.type();
     const Type tb = b.type();
-    if (!isTemporal(ta) && !isTemporal(tb)) return std::nullopt;
-    if (op == Op::Add && !isTemporal(ta)) return temporalSum(op, b, a);
+    if (op == Op::Add && !isTemporal(ta) && isTemporal(tb)) return temporalSum(op, b, a);
+    if (!isTemporal(ta)) return std::nullopt;
+    const bool sub = op == Op::Sub;
+    const auto combined = [sub](const Number& u, const Number& v) {
+        return sub ? subtract(u, v) : add(u, v);
+    };
+    const auto orQuestionMark = [](const std::optional<Number>& n, auto make) {
+        return n ? make(*n) : questionMark();
+    };
     const Number x = numberOf(a);
     const Number y = numberOf(b);
-    const auto combined = [&](const Number& u, const Number& v) {
-        return op == Op::Sub ? subtract(u, v) : add(u, v);
-    };
-    const auto makeTime = [](const Number& s) { return timeValue(s); };
-    const auto makeTimestamp = [](const Number& s) { return timestampValue(s); };
-    if (ta == Type::Date && !isTemporal(tb)) {
-        const double days = floorOf(y).toDouble();
-        return dateValue(x.toDouble() + (op == Op::Sub ? -days : days));
+    if (!isTemporal(tb)) {
+        switch (ta) {
+            case Type::Date: {
+                const double days = floorOf(y).toDouble();
+                return dateValue(x.toDouble() + (sub ? -days : days));
+            }
+            case Type::Time:
+                return orQuestionMark(combined(x, y), [&a](const Number& s) { return timeLike(a, s); });
+            default:
+                return orQuestionMark(combined(x, y), [](const Number& s) { return timestampValue(s); });
+        }
     }
-    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(subtract(x, y));
-    if (ta == Type::Timestamp && (tb == Type::Time || !isTemporal(tb))) {
-        return temporalOf(combined(x, y), makeTimestamp);
+    const auto timestamp = [](const Number& s) { return timestampValue(s); };
+    const auto elapsed = [](const Number& s) { return durationValue(s); };
+    if (ta == Type::Time && tb == Type::Time) {
+        if (sub || (a.isDuration() && b.isDuration())) return orQuestionMark(combined(x, y), elapsed);
+        return orQuestionMark(add(x, y), [](const Number& s) { return timeValue(s); });
     }
-    if (ta == Type::Timestamp && tb == Type::Timestamp && op == Op::Sub) {
-        return numberValue(subtract(x, y));
+    if (ta == Type::Date && tb == Type::Date) {
+        return sub ? std::optional<Value>(numberValue(subtract(x, y))) : std::nullopt;
     }
-    if (ta == Type::Time && (tb == Type::Time || !isTemporal(tb))) {
-        return temporalOf(combined(x, y), makeTime);
+    if (ta == Type::Timestamp && tb == Type::Time) return orQuestionMark(combined(x, y), timestamp);
+    if (ta == Type::Time && tb == Type::Timestamp && !sub) return orQuestionMark(add(x, y), timestamp);
+    if (ta == Type::Date && tb == Type::Time) {
+        return orQuestionMark(combined(midnightOf(a), y), timestamp);
     }
-    // date + time: the seconds before the date's midnight, plus the time's
-    const auto midnightPlus = [](const Value& date, const Number& seconds) {
-        const Number before = Number::fromInt((date.dateTimeValue().days() - 1) *
-                                              static_cast<int64_t>(kSecondsPerDay));
-        return add(before, seconds);
-    };
-    if (op == Op::Add && ta == Type::Date && tb == Type::Time) {
-        return temporalOf(midnightPlus(a, y), makeTimestamp);
+    if (ta == Type::Time && tb == Type::Date && !sub) {
+        return orQuestionMark(add(midnightOf(b), x), timestamp);
     }
-    if (op == Op::Add && ta == Type::Time && tb == Type::Date) {
-        return temporalOf(midnightPlus(b, x), makeTimestamp);
+    if (sub && (ta == Type::Timestamp || tb == Type::Timestamp) && ta != Type::Time &&
+        tb != Type::Time) {
+        const Number from = ta == Type::Date ? midnightOf(a) : x;
+        const Number to = tb == Type::Date ? midnightOf(b) : y;
+        return orQuestionMark(subtract(from, to), elapsed);
     }
     return std::nullopt;
 }
@@ -105,10 +112,7 @@ int compareTexts(const Value& a, const Value& b) {
 
 // A date compared with a timestamp counts as its midnight.
 Number comparable(const Value& v, const Value& other) {
-    if (v.type() == Type::Date && other.type() == Type::Timestamp) {
-        return Number::fromInt((v.dateTimeValue().days() - 1) *
-                               static_cast<int64_t>(kSecondsPerDay));
-    }
+    if (v.type() == Type::Date && other.type() == Type::Timestamp) return midnightOf(v);
     return numberOf(v);
 }
 
