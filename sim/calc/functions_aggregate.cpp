@@ -84,8 +84,8 @@ Value fnAverage(Args& a) {
     if (numbers.empty()) return Value::number(Number::none());
     const std::optional<Number> total = sumOf(numbers);
     if (!total) return questionMark();
-    return numberValue(divide(*total, Number::fromInt(static_cast<int64_t>(numbers.size())),
-                              a.precision()));
+    return numberValue(
+        divide(*total, Number::fromInt(static_cast<int64_t>(numbers.size())), a.precision()));
 }
 
 Value fnCount(Args& a) {
@@ -115,15 +115,20 @@ std::optional<Number> variance(const std::vector<Number>& numbers, int d, int pl
     return divide(*numerator, Number::fromInt(n * (n - d)), places);
 }
 
+// No values at all give an empty result, as with Average.
 template <int D>
 Value fnVariance(Args& a) {
-    return numberValue(variance(presentNumbers(a), D, a.precision()));
+    const std::vector<Number> numbers = presentNumbers(a);
+    if (numbers.empty()) return Value::number(Number::none());
+    return numberValue(variance(numbers, D, a.precision()));
 }
 
 // The square root of the variance taken 20 places finer, so the root rounds as the exact one.
 template <int D>
 Value fnStDev(Args& a) {
-    const std::optional<Number> v = variance(presentNumbers(a), D, a.precision() + 20);
+    const std::vector<Number> numbers = presentNumbers(a);
+    if (numbers.empty()) return Value::number(Number::none());
+    const std::optional<Number> v = variance(numbers, D, a.precision() + 20);
     return numberValue(v ? apply(MathFunction::Sqrt, *v, a.precision()) : std::nullopt);
 }
 

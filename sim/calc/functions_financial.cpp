@@ -66,8 +66,9 @@ Value fnPV(Args& a) {
     const Number periods = a.decimal(2);
     if (rate.isZero()) return numberValue(multiply(payment, periods));
     const std::optional<Number> g = growth(rate, periods, a.precision() + kGuard);
-    return numberValue(
-        over(times(payment, minus(g, kOne)), times(rate, g), a.precision()));
+    // (1 + r)^n beyond the range: the payments of so many periods are worth payment / r now
+    if (!g && !rate.isNegative()) return numberValue(divide(payment, rate, a.precision()));
+    return numberValue(over(times(payment, minus(g, kOne)), times(rate, g), a.precision()));
 }
 
 // PMT ( principal ; interestRate ; term ) = principal x r / (1 − (1 + r)^−term), computed as
@@ -78,6 +79,8 @@ Value fnPMT(Args& a) {
     const Number term = a.decimal(2);
     if (rate.isZero()) return numberValue(divide(principal, term, a.precision()));
     const std::optional<Number> g = growth(rate, term, a.precision() + kGuard);
+    // (1 + r)^term beyond the range: the payment only covers the interest
+    if (!g && !rate.isNegative()) return numberValue(multiply(principal, rate));
     return numberValue(over(times(times(principal, rate), g), minus(g, kOne), a.precision()));
 }
 

@@ -56,7 +56,8 @@ Value fnAbs(Args& a) {
     return keepingType(a, [](const Number& x) { return std::optional<Number>(absolute(x)); });
 }
 Value fnInt(Args& a) {
-    return keepingType(a, [](const Number& x) { return std::optional<Number>(roundedTo(x, 0, true)); });
+    return keepingType(
+        a, [](const Number& x) { return std::optional<Number>(roundedTo(x, 0, true)); });
 }
 Value fnFloor(Args& a) {
     return keepingType(a, [](const Number& x) { return std::optional<Number>(floorOf(x)); });
@@ -74,8 +75,8 @@ long placesOf(double d) { return static_cast<long>(std::clamp(std::trunc(d), -20
 
 Value fnRound(Args& a) {
     const long places = placesOf(a.number(1));
-    return keepingType(a,
-                 [places](const Number& x) { return std::optional<Number>(roundedTo(x, places)); });
+    return keepingType(
+        a, [places](const Number& x) { return std::optional<Number>(roundedTo(x, places)); });
 }
 Value fnTruncate(Args& a) {
     const long places = placesOf(a.number(1));
@@ -116,8 +117,8 @@ Value fnFactorial(Args& a) {
     const Number one = Number::fromInt(1);
     std::optional<Number> product = one;
     Number factor = *n;
-    for (Number count; product && compareNumbers(count, *limit) < 0 &&
-                       compareNumbers(factor, one) > 0;
+    for (Number count;
+         product && compareNumbers(count, *limit) < 0 && compareNumbers(factor, one) > 0;
          count = *add(count, one)) {
         product = multiply(*product, factor);
         factor = *subtract(factor, one);

@@ -50,22 +50,26 @@ std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
                 return dateValue(x.toDouble() + (sub ? -days : days));
             }
             case Type::Time:
-                return orQuestionMark(combined(x, y), [&a](const Number& s) { return timeLike(a, s); });
+                return orQuestionMark(combined(x, y),
+                                      [&a](const Number& s) { return timeLike(a, s); });
             default:
-                return orQuestionMark(combined(x, y), [](const Number& s) { return timestampValue(s); });
+                return orQuestionMark(combined(x, y),
+                                      [](const Number& s) { return timestampValue(s); });
         }
     }
     const auto timestamp = [](const Number& s) { return timestampValue(s); };
     const auto elapsed = [](const Number& s) { return durationValue(s); };
     if (ta == Type::Time && tb == Type::Time) {
-        if (sub || (a.isDuration() && b.isDuration())) return orQuestionMark(combined(x, y), elapsed);
+        if (sub || (a.isDuration() && b.isDuration()))
+            return orQuestionMark(combined(x, y), elapsed);
         return orQuestionMark(add(x, y), [](const Number& s) { return timeValue(s); });
     }
     if (ta == Type::Date && tb == Type::Date) {
         return sub ? std::optional<Value>(numberValue(subtract(x, y))) : std::nullopt;
     }
     if (ta == Type::Timestamp && tb == Type::Time) return orQuestionMark(combined(x, y), timestamp);
-    if (ta == Type::Time && tb == Type::Timestamp && !sub) return orQuestionMark(add(x, y), timestamp);
+    if (ta == Type::Time && tb == Type::Timestamp && !sub)
+        return orQuestionMark(add(x, y), timestamp);
     if (ta == Type::Date && tb == Type::Time) {
         return orQuestionMark(combined(midnightOf(a), y), timestamp);
     }

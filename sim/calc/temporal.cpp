@@ -147,7 +147,8 @@ Value timeLike(const Value& model, const Number& seconds) {
 }
 
 Number midnightOf(const Value& date) {
-    return Number::fromInt((date.dateTimeValue().days() - 1) * static_cast<int64_t>(kSecondsPerDay));
+    return Number::fromInt((date.dateTimeValue().days() - 1) *
+                           static_cast<int64_t>(kSecondsPerDay));
 }
 
 Value timestampValue(const Number& seconds) {
