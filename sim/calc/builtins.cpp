@@ -36,10 +36,12 @@ using Table = std::unordered_map<std::u16string_view, const Builtin*>;
 
 Table buildTable() {
     Table table;
-    for (auto family :
-         {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
-          numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(), jsonFunctions(),
-          encodingFunctions(), aggregateFunctions(), financialFunctions()}) {
+    for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
+                        numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
+                        jsonFunctions(), encodingFunctions()}) {
+        for (const Builtin& b : family) table.emplace(b.name, &b);
+    }
+    for (auto family : {aggregateFunctions(), financialFunctions(), repeatingFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;

@@ -67,6 +67,7 @@ std::span<const Builtin> valueListFunctions();
 std::span<const Builtin> numberFunctions();
 std::span<const Builtin> aggregateFunctions();
 std::span<const Builtin> financialFunctions();
+std::span<const Builtin> repeatingFunctions();
 std::span<const Builtin> dateFunctions();
 std::span<const Builtin> styleFunctions();
 std::span<const Builtin> hostFunctions();

@@ -241,6 +241,16 @@ TEST(CalcNumberDate, Financial) {
     });
 }
 
+// A variable's repetitions stand in for a repeating field's; other values have one repetition.
+TEST(CalcNumberDate, Repetitions) {
+    expectAll({
+        {R"(Let ( [ $v[2] = "b" ; $v = "a" ] ; GetRepetition ( $v ; 2 ) & GetRepetition ( $v ; 1 ) & GetRepetition ( $v ; 3 ) ))",
+         "ba"},
+        {"GetRepetition ( 5 + 1 ; 1 ) & GetRepetition ( 7 ; 2 ) & GetRepetition ( $v ; 0 )", "6"},
+        {R"(GetRepetition ( $$w ; 1e20 ) & GetRepetition ( 1 ; "" ) & Extend ( 4 ))", "4"},
+    });
+}
+
 TEST(CalcNumberDate, ArgumentCounts) {
     FakeContext context;
     const calc_test::ErrorCase cases[] = {
