@@ -1,4 +1,4 @@
-// The repeating functions that make sense without fields: a "$" or "$$" variable's repetitions
+// The repeating function that makes sense without fields: a "$" or "$$" variable's repetitions
 // stand in for a repeating field's, and any other value is a field of one repetition.
 #include <cmath>
 
@@ -24,13 +24,8 @@ Value fnGetRepetition(Evaluator& ev, const std::vector<NodePtr>& args) {
     return r == 1 ? v : Value();
 }
 
-// Extend ( nonRepeatingField ): the same value in every repetition of a repeating calculation;
-// without repeating calculations, the value itself.
-Value fnExtend(Args& a) { return a[0]; }
-
 constexpr Builtin kFunctions[] = {
     {u"getrepetition", 2, 2, nullptr, fnGetRepetition},
-    {u"extend", 1, 1, fnExtend},
 };
 
 }  // namespace

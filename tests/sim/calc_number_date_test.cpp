@@ -247,7 +247,7 @@ TEST(CalcNumberDate, Repetitions) {
         {R"(Let ( [ $v[2] = "b" ; $v = "a" ] ; GetRepetition ( $v ; 2 ) & GetRepetition ( $v ; 1 ) & GetRepetition ( $v ; 3 ) ))",
          "ba"},
         {"GetRepetition ( 5 + 1 ; 1 ) & GetRepetition ( 7 ; 2 ) & GetRepetition ( $v ; 0 )", "6"},
-        {R"(GetRepetition ( $$w ; 1e20 ) & GetRepetition ( 1 ; "" ) & Extend ( 4 ))", "4"},
+        {R"(GetRepetition ( $$w ; 1e20 ) & GetRepetition ( 1 ; "" ) & Extend)", "16384"},
     });
 }
 
