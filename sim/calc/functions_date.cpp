@@ -25,7 +25,9 @@ Value convert(const Value& v, Read read, Make make) {
 Value fnGetAsDate(Args& a) {
     return convert(a[0], dayOf, [](double d) { return dateValue(d); });
 }
+// A time stays as it is, an elapsed time too.
 Value fnGetAsTime(Args& a) {
+    if (a[0].type() == Type::Time && !a[0].isEmpty()) return a[0];
     return convert(a[0], timeOf, [](double s) { return timeValue(s); });
 }
 Value fnGetAsTimestamp(Args& a) {

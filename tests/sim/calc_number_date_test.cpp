@@ -126,6 +126,8 @@ TEST(CalcNumberDate, RoundingFunctionsKeepTheType) {
         {"Sign ( Time ( -1 ; 0 ; 0 ) )", "-1", Type::Number},
         {"Hour ( Time ( 5 ; 0 ; 0 ) - Time ( 2 ; 0 ; 0 ) )", "3", Type::Number},
         {"GetAsText ( Time ( 3 ; 0 ; 0 ) - Time ( 0 ; 0 ; 0 ) )", "3:00:00", Type::Text},
+        {"GetAsTime ( Time ( 3 ; 0 ; 0 ) - Time ( 0 ; 0 ; 0 ) )", "3:00:00", Type::Time},
+        {"GetAsTime ( Time ( 27 ; 0 ; 0 ) )", "27:00:00", Type::Time},
         {"Max ( Time ( 1 ; 0 ; 0 ) ; 7200 )", "7200", Type::Number},
         {"Max ( Time ( 3 ; 0 ; 0 ) ; 7200 )", "3:00:00 AM", Type::Time},
         {"Min ( Date ( 1 ; 1 ; 2024 ) ; Date ( 2 ; 1 ; 2024 ) )", "1/1/2024", Type::Date},
