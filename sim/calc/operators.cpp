@@ -21,67 +21,86 @@ Number numberOf(const Value& v) {
     return n;
 }
 
-// Sums and differences that keep a date, time or timestamp type:
-//   date ± number = date (whole days)      date − date = number of days
-//   time ± number = time                   time − time = elapsed time
-//   time + time = time (elapsed when both are)
-//   timestamp ± number = timestamp         timestamp ± time = timestamp
-//   timestamp − timestamp = elapsed time   date + time, date − time = timestamp
-// A number on the left of "+" works like one on the right; in differences with a timestamp a
-// date counts as its midnight. Anything else is plain arithmetic on the numbers.
-std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
+Value orQuestionMark(const std::optional<Number>& n, Value (*make)(const Number&)) {
+    return n ? make(*n) : questionMark();
+}
+
+Value makeTime(const Number& s) { return timeValue(s); }
+Value makeElapsed(const Number& s) { return durationValue(s); }
+Value makeTimestamp(const Number& s) { return timestampValue(s); }
+
+std::optional<Number> combined(bool sub, const Number& u, const Number& v) {
+    return sub ? subtract(u, v) : add(u, v);
+}
+
+// date ± number = date (whole days); time ± number = time of the same kind;
+// timestamp ± number = timestamp.
+Value temporalAndNumber(bool sub, const Value& a, const Number& y) {
+    const Number x = numberOf(a);
+    switch (a.type()) {
+        case Type::Date: {
+            const double days = floorOf(y).toDouble();
+            return dateValue(x.toDouble() + (sub ? -days : days));
+        }
+        case Type::Time: {
+            const std::optional<Number> s = combined(sub, x, y);
+            return s ? timeLike(a, *s) : questionMark();
+        }
+        default:
+            return orQuestionMark(combined(sub, x, y), makeTimestamp);
+    }
+}
+
+// Two dates, times or timestamps:
+//   time − time = elapsed time; time + time = time (elapsed when both are)
+//   date − date = number of days
+//   timestamp ± time, time + timestamp = timestamp
+//   date + time, time + date, date − time = timestamp
+//   timestamp − timestamp = elapsed time, a date counting as its midnight
+// Other pairs have no type of their own (nullopt).
+std::optional<Value> twoTemporals(bool sub, const Value& a, const Value& b) {
     const Type ta = a.type();
     const Type tb = b.type();
-    if (op == Op::Add && !isTemporal(ta) && isTemporal(tb)) return temporalSum(op, b, a);
-    if (!isTemporal(ta)) return std::nullopt;
-    const bool sub = op == Op::Sub;
-    const auto combined = [sub](const Number& u, const Number& v) {
-        return sub ? subtract(u, v) : add(u, v);
-    };
-    const auto orQuestionMark = [](const std::optional<Number>& n, auto make) {
-        return n ? make(*n) : questionMark();
-    };
     const Number x = numberOf(a);
     const Number y = numberOf(b);
-    if (!isTemporal(tb)) {
-        switch (ta) {
-            case Type::Date: {
-                const double days = floorOf(y).toDouble();
-                return dateValue(x.toDouble() + (sub ? -days : days));
-            }
-            case Type::Time:
-                return orQuestionMark(combined(x, y),
-                                      [&a](const Number& s) { return timeLike(a, s); });
-            default:
-                return orQuestionMark(combined(x, y),
-                                      [](const Number& s) { return timestampValue(s); });
-        }
-    }
-    const auto timestamp = [](const Number& s) { return timestampValue(s); };
-    const auto elapsed = [](const Number& s) { return durationValue(s); };
     if (ta == Type::Time && tb == Type::Time) {
-        if (sub || (a.isDuration() && b.isDuration()))
-            return orQuestionMark(combined(x, y), elapsed);
-        return orQuestionMark(add(x, y), [](const Number& s) { return timeValue(s); });
+        if (sub || (a.isDuration() && b.isDuration())) {
+            return orQuestionMark(combined(sub, x, y), makeElapsed);
+        }
+        return orQuestionMark(add(x, y), makeTime);
     }
     if (ta == Type::Date && tb == Type::Date) {
-        return sub ? std::optional<Value>(numberValue(subtract(x, y))) : std::nullopt;
+        if (sub) return numberValue(subtract(x, y));
+        return std::nullopt;
     }
-    if (ta == Type::Timestamp && tb == Type::Time) return orQuestionMark(combined(x, y), timestamp);
-    if (ta == Type::Time && tb == Type::Timestamp && !sub)
-        return orQuestionMark(add(x, y), timestamp);
+    if (ta == Type::Timestamp && tb == Type::Time) {
+        return orQuestionMark(combined(sub, x, y), makeTimestamp);
+    }
     if (ta == Type::Date && tb == Type::Time) {
-        return orQuestionMark(combined(midnightOf(a), y), timestamp);
+        return orQuestionMark(combined(sub, midnightOf(a), y), makeTimestamp);
     }
-    if (ta == Type::Time && tb == Type::Date && !sub) {
-        return orQuestionMark(add(midnightOf(b), x), timestamp);
+    if (!sub && ta == Type::Time && tb == Type::Timestamp) {
+        return orQuestionMark(add(x, y), makeTimestamp);
     }
-    if (sub && (ta == Type::Timestamp || tb == Type::Timestamp) && ta != Type::Time &&
-        tb != Type::Time) {
+    if (!sub && ta == Type::Time && tb == Type::Date) {
+        return orQuestionMark(add(midnightOf(b), x), makeTimestamp);
+    }
+    const bool instants = ta != Type::Time && tb != Type::Time;
+    if (sub && instants && (ta == Type::Timestamp || tb == Type::Timestamp)) {
         const Number from = ta == Type::Date ? midnightOf(a) : x;
         const Number to = tb == Type::Date ? midnightOf(b) : y;
-        return orQuestionMark(subtract(from, to), elapsed);
+        return orQuestionMark(subtract(from, to), makeElapsed);
     }
+    return std::nullopt;
+}
+
+// Sums and differences that keep a date, time or timestamp type; a number on the left of "+"
+// works like one on the right. Anything else is plain arithmetic on the numbers.
+std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
+    const bool sub = op == Op::Sub;
+    if (isTemporal(a.type()) && isTemporal(b.type())) return twoTemporals(sub, a, b);
+    if (isTemporal(a.type())) return temporalAndNumber(sub, a, numberOf(b));
+    if (!sub && isTemporal(b.type())) return temporalAndNumber(false, b, numberOf(a));
     return std::nullopt;
 }
 
