@@ -119,6 +119,15 @@ Value fnDayName(Args& a) {
     return Value::text(std::u16string(kNames[static_cast<size_t>(dayOfWeek(*day) - 1)]));
 }
 
+// DayNameJ: the weekday's Japanese name (日曜日 for Sunday).
+Value fnDayNameJ(Args& a) {
+    static constexpr std::array<std::u16string_view, 7> kNames{
+        u"日曜日", u"月曜日", u"火曜日", u"水曜日", u"木曜日", u"金曜日", u"土曜日"};
+    const std::optional<int64_t> day = dayOf(a[0]);
+    if (!day) return emptyText();
+    return Value::text(std::u16string(kNames[static_cast<size_t>(dayOfWeek(*day) - 1)]));
+}
+
 Value fnMonthName(Args& a) {
     static constexpr std::array<std::u16string_view, 12> kNames{
         u"January", u"February", u"March",     u"April",   u"May",      u"June",
@@ -161,6 +170,7 @@ constexpr Builtin kFunctions[] = {
     {u"weekofyear", 1, 1, fnWeekOfYear},
     {u"weekofyearfiscal", 2, 2, fnWeekOfYearFiscal},
     {u"dayname", 1, 1, fnDayName},
+    {u"daynamej", 1, 1, fnDayNameJ},
     {u"monthname", 1, 1, fnMonthName},
     {u"hour", 1, 1, fnHour},
     {u"minute", 1, 1, fnMinute},

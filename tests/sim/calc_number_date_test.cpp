@@ -179,6 +179,8 @@ TEST(CalcNumberDate, DateAndTimeFunctions) {
         {"MonthName ( Date ( 10 ; 10 ; 2019 ) ) & DayName ( Date ( 10 ; 10 ; 2019 ) ) & "
          "DayOfWeek ( Date ( 10 ; 10 ; 2019 ) )",
          "OctoberThursday5"},
+        {"DayNameJ ( Date ( 10 ; 10 ; 2019 ) ) & DayNameJ ( Date ( 10 ; 13 ; 2019 ) )",
+         "木曜日日曜日"},
         // Weeks from Sunday; the week of 1 January is week 1.
         {"WeekOfYear ( Date ( 1 ; 1 ; 2019 ) ) & \" \" & WeekOfYear ( Date ( 12 ; 31 ; 2019 ) )",
          "1 53"},
