@@ -41,6 +41,9 @@ Table buildTable() {
                         jsonFunctions(), encodingFunctions(), fieldFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
+    for (auto family : {aggregateFunctions(), financialFunctions(), repeatingFunctions()}) {
+        for (const Builtin& b : family) table.emplace(b.name, &b);
+    }
     return table;
 }
 

@@ -25,7 +25,9 @@ Value convert(const Value& v, Read read, Make make) {
 Value fnGetAsDate(Args& a) {
     return convert(a[0], dayOf, [](double d) { return dateValue(d); });
 }
+// A time stays as it is, an elapsed time too.
 Value fnGetAsTime(Args& a) {
+    if (a[0].type() == Type::Time && !a[0].isEmpty()) return a[0];
     return convert(a[0], timeOf, [](double s) { return timeValue(s); });
 }
 Value fnGetAsTimestamp(Args& a) {
@@ -84,9 +86,43 @@ Value fnDayOfYear(Args& a) {
     });
 }
 
+// WeekOfYear: weeks begin on Sunday and the one holding 1 January is week 1, however few of its
+// days fall in the year (1 to 54).
+Value fnWeekOfYear(Args& a) {
+    return datePart(a, [](int64_t d, CivilDate c) {
+        const int64_t first = dayNumber(c.year, 1, 1);
+        return Value::number(static_cast<double>((d - first + dayOfWeek(first) - 1) / 7 + 1));
+    });
+}
+
+// WeekOfYearFiscal ( date ; startingDay ): weeks begin on startingDay (1 Sunday .. 7 Saturday)
+// and week 1 is the first with at least four days in the year, so early January can belong to
+// week 52 or 53 of the year before and late December to week 1 of the next (ISO 8601's weeks for
+// startingDay 2). Another startingDay gives "?".
+Value fnWeekOfYearFiscal(Args& a) {
+    const double start = std::trunc(a.number(1));
+    if (start < 1 || start > 7) return questionMark();
+    return datePart(a, [start](int64_t d, CivilDate) {
+        const int64_t weekStart = d - (dayOfWeek(d) - static_cast<int64_t>(start) + 7) % 7;
+        // The week belongs to the year that holds its fourth day.
+        const int64_t fourth = weekStart + 3;
+        const int64_t first = dayNumber(civilDate(fourth).year, 1, 1);
+        return Value::number(static_cast<double>((fourth - first) / 7 + 1));
+    });
+}
+
 Value fnDayName(Args& a) {
     static constexpr std::array<std::u16string_view, 7> kNames{
         u"Sunday", u"Monday", u"Tuesday", u"Wednesday", u"Thursday", u"Friday", u"Saturday"};
+    const std::optional<int64_t> day = dayOf(a[0]);
+    if (!day) return emptyText();
+    return Value::text(std::u16string(kNames[static_cast<size_t>(dayOfWeek(*day) - 1)]));
+}
+
+// DayNameJ: the weekday's Japanese name (日曜日 for Sunday).
+Value fnDayNameJ(Args& a) {
+    static constexpr std::array<std::u16string_view, 7> kNames{
+        u"日曜日", u"月曜日", u"火曜日", u"水曜日", u"木曜日", u"金曜日", u"土曜日"};
     const std::optional<int64_t> day = dayOf(a[0]);
     if (!day) return emptyText();
     return Value::text(std::u16string(kNames[static_cast<size_t>(dayOfWeek(*day) - 1)]));
@@ -131,7 +167,10 @@ constexpr Builtin kFunctions[] = {
     {u"day", 1, 1, fnDay},
     {u"dayofweek", 1, 1, fnDayOfWeek},
     {u"dayofyear", 1, 1, fnDayOfYear},
+    {u"weekofyear", 1, 1, fnWeekOfYear},
+    {u"weekofyearfiscal", 2, 2, fnWeekOfYearFiscal},
     {u"dayname", 1, 1, fnDayName},
+    {u"daynamej", 1, 1, fnDayNameJ},
     {u"monthname", 1, 1, fnMonthName},
     {u"hour", 1, 1, fnHour},
     {u"minute", 1, 1, fnMinute},

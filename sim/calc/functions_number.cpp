@@ -9,6 +9,7 @@
 #include "sim/calc/builtins.h"
 #include "sim/calc/evaluator.h"
 #include "sim/calc/operators.h"
+#include "sim/calc/temporal.h"
 
 namespace sim::calc {
 
@@ -21,6 +22,29 @@ Value unary(Args& a, F f) {
     return numberValue(f(a.decimal(0)));
 }
 
+// The result of a rounding function on a date, time or timestamp has that type again (FileMaker's
+// Abs returns a number or a time); beyond the type's range it is "?".
+Value sameKindAs(const Value& model, const std::optional<Number>& n) {
+    if (!n) return questionMark();
+    switch (model.type()) {
+        case Type::Date:
+            return dateValue(n->toDouble());
+        case Type::Time:
+            return timeLike(model, *n);
+        case Type::Timestamp:
+            return timestampValue(*n);
+        default:
+            return Value::number(*n);
+    }
+}
+
+// Applies f to the one number argument keeping a date, time or timestamp type.
+template <class F>
+Value keepingType(Args& a, F f) {
+    if (a.emptyNumber(0)) return Value::number(Number::none());
+    return sameKindAs(a[0], f(a.decimal(0)));
+}
+
 template <MathFunction F>
 Value math(Args& a) {
     const int places = a.precision();
@@ -29,16 +53,17 @@ Value math(Args& a) {
 
 Value fnGetAsNumber(Args& a) { return Value::number(a[0].asNumber()); }
 Value fnAbs(Args& a) {
-    return unary(a, [](const Number& x) { return std::optional<Number>(absolute(x)); });
+    return keepingType(a, [](const Number& x) { return std::optional<Number>(absolute(x)); });
 }
 Value fnInt(Args& a) {
-    return unary(a, [](const Number& x) { return std::optional<Number>(roundedTo(x, 0, true)); });
+    return keepingType(
+        a, [](const Number& x) { return std::optional<Number>(roundedTo(x, 0, true)); });
 }
 Value fnFloor(Args& a) {
-    return unary(a, [](const Number& x) { return std::optional<Number>(floorOf(x)); });
+    return keepingType(a, [](const Number& x) { return std::optional<Number>(floorOf(x)); });
 }
 Value fnCeiling(Args& a) {
-    return unary(a, [](const Number& x) { return std::optional<Number>(ceilingOf(x)); });
+    return keepingType(a, [](const Number& x) { return std::optional<Number>(ceilingOf(x)); });
 }
 Value fnSign(Args& a) {
     return unary(a, [](const Number& x) {
@@ -50,78 +75,75 @@ long placesOf(double d) { return static_cast<long>(std::clamp(std::trunc(d), -20
 
 Value fnRound(Args& a) {
     const long places = placesOf(a.number(1));
-    return unary(a,
-                 [places](const Number& x) { return std::optional<Number>(roundedTo(x, places)); });
+    return keepingType(
+        a, [places](const Number& x) { return std::optional<Number>(roundedTo(x, places)); });
 }
 Value fnTruncate(Args& a) {
     const long places = placesOf(a.number(1));
-    return unary(
+    return keepingType(
         a, [places](const Number& x) { return std::optional<Number>(roundedTo(x, places, true)); });
 }
 
-// Mod takes the sign of the divisor: Mod ( -7 ; 3 ) is 2. Division by zero gives "?".
+// Mod takes the sign of the divisor: Mod ( -7 ; 3 ) is 2. Division by zero gives "?". The rest
+// of a time is a time of the same kind, of a timestamp a time of day.
 Value fnMod(Args& a) {
     const Number n = a.decimal(0);
     const Number d = a.decimal(1);
     const std::optional<Number> q = divideFloor(n, d);
     if (!q) return questionMark();
     const std::optional<Number> product = multiply(d, *q);
-    return numberValue(product ? subtract(n, *product) : std::nullopt);
+    const std::optional<Number> rest = product ? subtract(n, *product) : std::nullopt;
+    if (rest && a[0].type() == Type::Time) return timeLike(a[0], *rest);
+    if (rest && a[0].type() == Type::Timestamp) return timeValue(*rest);
+    return numberValue(rest);
 }
 
 Value fnDiv(Args& a) { return numberValue(divideFloor(a.decimal(0), a.decimal(1))); }
 
-// Min and Max skip empty arguments and keep the winner's type when it is a date, time or
-// timestamp.
-template <class Better>
-Value extreme(Args& a, Better better) {
-    const Value* best = nullptr;
-    Number bestNumber;
-    for (size_t i = 0; i < a.size(); ++i) {
-        if (a.emptyNumber(i)) continue;
-        Number n = a.decimal(i);
-        if (best == nullptr || better(compareNumbers(n, bestNumber))) {
-            best = &a[i];
-            bestNumber = std::move(n);
-        }
+// A whole number argument of at least `least`; nullopt for fractions and smaller numbers.
+std::optional<Number> wholeAtLeast(const Number& n, int least) {
+    if (!n.isInteger() || compareNumbers(n, Number::fromInt(least)) < 0) return std::nullopt;
+    return n;
+}
+
+// Factorial ( number { ; numberOfFactors } ): number x (number - 1) x ..., numberOfFactors
+// factors at most; 0! is 1. Negative numbers and fractions give "?", and so does a product that
+// reaches 10^400 (which happens within some 1400 factors, so the loop is short).
+Value fnFactorial(Args& a) {
+    const std::optional<Number> n = wholeAtLeast(a.decimal(0), 0);
+    std::optional<Number> limit = n;
+    if (a.has(1) && !a.emptyNumber(1)) limit = wholeAtLeast(a.decimal(1), 0);
+    if (!n || !limit) return questionMark();
+    const Number one = Number::fromInt(1);
+    std::optional<Number> product = one;
+    Number factor = *n;
+    for (Number count;
+         product && compareNumbers(count, *limit) < 0 && compareNumbers(factor, one) > 0;
+         count = *add(count, one)) {
+        product = multiply(*product, factor);
+        factor = *subtract(factor, one);
     }
-    if (best == nullptr) return Value::number(Number::none());
-    const Type t = best->type();
-    if (t == Type::Date || t == Type::Time || t == Type::Timestamp) return *best;
-    bestNumber.precision = 16;
-    return Value::number(bestNumber);
+    return numberValue(product);
 }
 
-Value fnMin(Args& a) {
-    return extreme(a, [](int c) { return c < 0; });
-}
-Value fnMax(Args& a) {
-    return extreme(a, [](int c) { return c > 0; });
-}
-
-Value fnSum(Args& a) {
-    std::optional<Number> total = Number{};
-    for (size_t i = 0; i < a.size() && total; ++i) total = add(*total, a.decimal(i));
-    return numberValue(total);
-}
-
-Value fnAverage(Args& a) {
-    std::optional<Number> total = Number{};
-    int64_t count = 0;
-    for (size_t i = 0; i < a.size() && total; ++i) {
-        if (a.emptyNumber(i)) continue;
-        total = add(*total, a.decimal(i));
-        ++count;
+// Combination ( setSize ; numberOfChoices ): the ways to choose that many of the set, ignoring
+// order. Negative numbers and fractions give "?"; more choices than the set holds give 0.
+Value fnCombination(Args& a) {
+    const std::optional<Number> n = wholeAtLeast(a.decimal(0), 0);
+    std::optional<Number> k = wholeAtLeast(a.decimal(1), 0);
+    if (!n || !k) return questionMark();
+    if (compareNumbers(*k, *n) > 0) return Value::number(Number{});
+    const Number rest = *subtract(*n, *k);
+    if (compareNumbers(rest, *k) < 0) k = rest;
+    // C(n, i + 1) = C(n, i) x (n - i) / (i + 1), each quotient whole; the result grows at least
+    // twofold per step while i < k <= n / 2, so it leaves the range within some 1400 steps.
+    const Number one = Number::fromInt(1);
+    std::optional<Number> result = one;
+    for (Number i; result && compareNumbers(i, *k) < 0; i = *add(i, one)) {
+        const std::optional<Number> product = multiply(*result, *subtract(*n, i));
+        result = product ? divide(*product, *add(i, one), 0) : std::nullopt;
     }
-    if (count == 0) return Value::number(Number::none());
-    if (!total) return questionMark();
-    return numberValue(divide(*total, Number::fromInt(count), a.precision()));
-}
-
-Value fnCount(Args& a) {
-    int64_t count = 0;
-    for (size_t i = 0; i < a.size(); ++i) count += a[i].isEmpty() ? 0 : 1;
-    return Value::number(Number::fromInt(count));
+    return numberValue(result);
 }
 
 Value fnPi(Args& a) { return Value::number(pi(a.precision())); }
@@ -172,11 +194,8 @@ constexpr Builtin kFunctions[] = {
     {u"truncate", 2, 2, fnTruncate},
     {u"mod", 2, 2, fnMod},
     {u"div", 2, 2, fnDiv},
-    {u"min", 1, -1, fnMin},
-    {u"max", 1, -1, fnMax},
-    {u"sum", 1, -1, fnSum},
-    {u"average", 1, -1, fnAverage},
-    {u"count", 1, -1, fnCount},
+    {u"factorial", 1, 2, fnFactorial},
+    {u"combination", 2, 2, fnCombination},
     {u"pi", 0, 0, fnPi},
     {u"random", 0, 0, fnRandom},
     {u"setprecision", 2, 2, nullptr, fnSetPrecision},

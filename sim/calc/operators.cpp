@@ -21,56 +21,86 @@ Number numberOf(const Value& v) {
     return n;
 }
 
-// A time or timestamp of `seconds`; "?" when the arithmetic before left the range.
-template <class Make>
-Value temporalOf(const std::optional<Number>& seconds, Make make) {
-    return seconds ? make(*seconds) : questionMark();
+Value orQuestionMark(const std::optional<Number>& n, Value (*make)(const Number&)) {
+    return n ? make(*n) : questionMark();
 }
 
-// Sums and differences that keep a date, time or timestamp type:
-//   date ± number = date (days)         date − date = number of days
-//   time ± number = time (seconds)      time ± time = time
-//   timestamp ± number = timestamp      timestamp − timestamp = number of seconds
-//   timestamp ± time = timestamp        date + time = timestamp
-// A number on the left of "+" works like one on the right. Anything else is plain arithmetic.
-std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
+Value makeTime(const Number& s) { return timeValue(s); }
+Value makeElapsed(const Number& s) { return durationValue(s); }
+Value makeTimestamp(const Number& s) { return timestampValue(s); }
+
+std::optional<Number> combined(bool sub, const Number& u, const Number& v) {
+    return sub ? subtract(u, v) : add(u, v);
+}
+
+// date ± number = date (whole days); time ± number = time of the same kind;
+// timestamp ± number = timestamp.
+Value temporalAndNumber(bool sub, const Value& a, const Number& y) {
+    const Number x = numberOf(a);
+    switch (a.type()) {
+        case Type::Date: {
+            const double days = floorOf(y).toDouble();
+            return dateValue(x.toDouble() + (sub ? -days : days));
+        }
+        case Type::Time: {
+            const std::optional<Number> s = combined(sub, x, y);
+            return s ? timeLike(a, *s) : questionMark();
+        }
+        default:
+            return orQuestionMark(combined(sub, x, y), makeTimestamp);
+    }
+}
+
+// Two dates, times or timestamps:
+//   time − time = elapsed time; time + time = time (elapsed when both are)
+//   date − date = number of days
+//   timestamp ± time, time + timestamp = timestamp
+//   date + time, time + date, date − time = timestamp
+//   timestamp − timestamp = elapsed time, a date counting as its midnight
+// Other pairs have no type of their own (nullopt).
+std::optional<Value> twoTemporals(bool sub, const Value& a, const Value& b) {
     const Type ta = a.type();
     const Type tb = b.type();
-    if (!isTemporal(ta) && !isTemporal(tb)) return std::nullopt;
-    if (op == Op::Add && !isTemporal(ta)) return temporalSum(op, b, a);
     const Number x = numberOf(a);
     const Number y = numberOf(b);
-    const auto combined = [&](const Number& u, const Number& v) {
-        return op == Op::Sub ? subtract(u, v) : add(u, v);
-    };
-    const auto makeTime = [](const Number& s) { return timeValue(s); };
-    const auto makeTimestamp = [](const Number& s) { return timestampValue(s); };
-    if (ta == Type::Date && !isTemporal(tb)) {
-        const double days = floorOf(y).toDouble();
-        return dateValue(x.toDouble() + (op == Op::Sub ? -days : days));
+    if (ta == Type::Time && tb == Type::Time) {
+        if (sub || (a.isDuration() && b.isDuration())) {
+            return orQuestionMark(combined(sub, x, y), makeElapsed);
+        }
+        return orQuestionMark(add(x, y), makeTime);
     }
-    if (ta == Type::Date && tb == Type::Date && op == Op::Sub) return numberValue(subtract(x, y));
-    if (ta == Type::Timestamp && (tb == Type::Time || !isTemporal(tb))) {
-        return temporalOf(combined(x, y), makeTimestamp);
+    if (ta == Type::Date && tb == Type::Date) {
+        if (sub) return numberValue(subtract(x, y));
+        return std::nullopt;
     }
-    if (ta == Type::Timestamp && tb == Type::Timestamp && op == Op::Sub) {
-        return numberValue(subtract(x, y));
+    if (ta == Type::Timestamp && tb == Type::Time) {
+        return orQuestionMark(combined(sub, x, y), makeTimestamp);
     }
-    if (ta == Type::Time && (tb == Type::Time || !isTemporal(tb))) {
-        return temporalOf(combined(x, y), makeTime);
+    if (ta == Type::Date && tb == Type::Time) {
+        return orQuestionMark(combined(sub, midnightOf(a), y), makeTimestamp);
     }
-    // date + time: the seconds before the date's midnight, plus the time's
-    const auto midnightPlus = [](const Value& date, const Number& seconds) {
-        const Number before = Number::fromInt((date.dateTimeValue().days() - 1) *
-                                              static_cast<int64_t>(kSecondsPerDay));
-        return add(before, seconds);
-    };
-    if (op == Op::Add && ta == Type::Date && tb == Type::Time) {
-        return temporalOf(midnightPlus(a, y), makeTimestamp);
+    if (!sub && ta == Type::Time && tb == Type::Timestamp) {
+        return orQuestionMark(add(x, y), makeTimestamp);
     }
-    if (op == Op::Add && ta == Type::Time && tb == Type::Date) {
-        return temporalOf(midnightPlus(b, x), makeTimestamp);
+    if (!sub && ta == Type::Time && tb == Type::Date) {
+        return orQuestionMark(add(midnightOf(b), x), makeTimestamp);
     }
+    const bool instants = ta != Type::Time && tb != Type::Time;
+    if (sub && instants && (ta == Type::Timestamp || tb == Type::Timestamp)) {
+        const Number from = ta == Type::Date ? midnightOf(a) : x;
+        const Number to = tb == Type::Date ? midnightOf(b) : y;
+        return orQuestionMark(subtract(from, to), makeElapsed);
+    }
+    return std::nullopt;
+}
+
+// Sums and differences that keep a date, time or timestamp type; a number on the left of "+"
+// works like one on the right. Anything else is plain arithmetic on the numbers.
+std::optional<Value> temporalSum(Op op, const Value& a, const Value& b) {
+    const bool sub = op == Op::Sub;
+    if (isTemporal(a.type()) && isTemporal(b.type())) return twoTemporals(sub, a, b);
+    if (isTemporal(a.type())) return temporalAndNumber(sub, a, numberOf(b));
+    if (!sub && isTemporal(b.type())) return temporalAndNumber(false, b, numberOf(a));
     return std::nullopt;
 }
 
@@ -105,10 +135,7 @@ int compareTexts(const Value& a, const Value& b) {
 
 // A date compared with a timestamp counts as its midnight.
 Number comparable(const Value& v, const Value& other) {
-    if (v.type() == Type::Date && other.type() == Type::Timestamp) {
-        return Number::fromInt((v.dateTimeValue().days() - 1) *
-                               static_cast<int64_t>(kSecondsPerDay));
-    }
+    if (v.type() == Type::Date && other.type() == Type::Timestamp) return midnightOf(v);
     return numberOf(v);
 }
 

@@ -137,6 +137,20 @@ Value timeValue(const Number& seconds) {
     return Value::time(DateTime::fromSeconds(seconds));
 }
 
+Value durationValue(const Number& seconds) {
+    if (!(std::fabs(seconds.toDouble()) <= kLargestTime)) return questionMark();
+    return Value::duration(DateTime::fromSeconds(seconds));
+}
+
+Value timeLike(const Value& model, const Number& seconds) {
+    return model.isDuration() ? durationValue(seconds) : timeValue(seconds);
+}
+
+Number midnightOf(const Value& date) {
+    return Number::fromInt((date.dateTimeValue().days() - 1) *
+                           static_cast<int64_t>(kSecondsPerDay));
+}
+
 Value timestampValue(const Number& seconds) {
     const double s = seconds.toDouble();
     if (!(s >= 0 && s < static_cast<double>(kLastDay) * kSecondsPerDay)) return questionMark();

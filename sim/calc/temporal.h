@@ -35,5 +35,11 @@ Value timestampValue(double seconds);
 // Exact to the microsecond.
 Value timeValue(const Number& seconds);
 Value timestampValue(const Number& seconds);
+// An elapsed time (see Value::duration); the same range as times.
+Value durationValue(const Number& seconds);
+// A time of the same kind as `model` (elapsed or of day).
+Value timeLike(const Value& model, const Number& seconds);
+// Seconds from 0001-01-01 00:00:00 to the midnight that starts a date.
+Number midnightOf(const Value& date);
 
 }  // namespace sim::calc

@@ -272,6 +272,12 @@ std::u16string formatTime(const DateTime& t) {
     return out;
 }
 
+std::u16string formatDuration(const DateTime& t) {
+    std::u16string out;
+    appendClock(out, t.usec, 1);
+    return out;
+}
+
 std::u16string formatTimestamp(const DateTime& ts) {
     std::u16string out = formatDate(ts);
     out += u' ';

@@ -35,6 +35,9 @@ DateTime localNow();
 std::u16string formatDate(const DateTime& d);
 std::u16string formatTime(const DateTime& t);
 std::u16string formatTimestamp(const DateTime& ts);
+// An elapsed time (the difference of two times or timestamps): hours, minutes and seconds without
+// AM/PM, however many hours ("3:00:00", "-27:30:00").
+std::u16string formatDuration(const DateTime& t);
 // Parse the host's text forms (and ISO forms "2024-01-31", "13:05:00", "2024-01-31 13:05:00").
 std::optional<DateTime> parseDate(std::u16string_view text);
 std::optional<DateTime> parseTime(std::u16string_view text);

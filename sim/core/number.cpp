@@ -209,26 +209,52 @@ std::optional<D> compute(MathFunction f, const D& x) {
         case MathFunction::Lg:
             if (x <= 0) return std::nullopt;
             return D(mp::log(x) / mp::log(D(2)));
-        case MathFunction::Sin:
-            return mp::sin(x);
-        case MathFunction::Cos:
-            return mp::cos(x);
-        case MathFunction::Tan:
-            return mp::tan(x);
-        case MathFunction::Atan:
-            return mp::atan(x);
-        case MathFunction::Asin:
-            if (mp::abs(x) > 1) return std::nullopt;
-            return mp::asin(x);
-        case MathFunction::Acos:
-            if (mp::abs(x) > 1) return std::nullopt;
-            return mp::acos(x);
-        case MathFunction::Degrees:
-            return D(x * 180 / boost::math::constants::pi<D>());
-        case MathFunction::Radians:
-            return D(x * boost::math::constants::pi<D>() / 180);
+        default:  // the angle functions, computed in binary (angleFunction)
+            return std::nullopt;
     }
     return std::nullopt;
+}
+
+bool isAngleFunction(MathFunction f) {
+    return f >= MathFunction::Sin && f <= MathFunction::Radians;
+}
+
+// The trigonometric functions work in binary double precision, as FileMaker's do (SetPrecision
+// does not reach them); the result becomes a decimal at 16 significant digits, so that
+// Degrees ( Atan ( 1 ) ) is 45 and not the decimal neighbour of the binary quarter turn.
+std::optional<Number> angleFunction(MathFunction f, double x) {
+    constexpr double kPi = 3.141592653589793238462643383279502884;
+    double r = 0;
+    switch (f) {
+        case MathFunction::Sin:
+            r = std::sin(x);
+            break;
+        case MathFunction::Cos:
+            r = std::cos(x);
+            break;
+        case MathFunction::Tan:
+            r = std::tan(x);
+            break;
+        case MathFunction::Atan:
+            r = std::atan(x);
+            break;
+        case MathFunction::Asin:
+            if (std::fabs(x) > 1) return std::nullopt;
+            r = std::asin(x);
+            break;
+        case MathFunction::Acos:
+            if (std::fabs(x) > 1) return std::nullopt;
+            r = std::acos(x);
+            break;
+        case MathFunction::Degrees:
+            r = x * 180 / kPi;
+            break;
+        default:
+            r = x * kPi / 180;
+            break;
+    }
+    if (!std::isfinite(r)) return std::nullopt;
+    return finish(decimal::digitsOf(r, 16));
 }
 
 }  // namespace
@@ -257,7 +283,11 @@ double Number::toDouble() const {
     s += 'e';
     s += std::to_string(value.point);
     double d = 0;
-    std::from_chars(s.data(), s.data() + s.size(), d);
+    if (std::from_chars(s.data(), s.data() + s.size(), d).ec == std::errc::result_out_of_range) {
+        // beyond the double range, or below its smallest number
+        if (value.point <= 0) return 0;
+        return value.negative ? -HUGE_VAL : HUGE_VAL;
+    }
     return d;
 }
 
@@ -462,6 +492,7 @@ Number ceilingOf(const Number& n) {
 }
 
 std::optional<Number> apply(MathFunction f, const Number& n, int places) {
+    if (isAngleFunction(f)) return angleFunction(f, n.toDouble());
     const Digits& x = valueOf(n);
     if (f == MathFunction::Exp) {
         const double d = n.toDouble();

@@ -97,7 +97,8 @@ enum class MathFunction {
     Degrees,
     Radians
 };
-// nullopt outside the function's domain.
+// nullopt outside the function's domain. Sqrt, Exp and the logarithms round to `places`
+// decimals; the angle functions (Sin to Radians) are binary, to 16 significant digits.
 std::optional<Number> apply(MathFunction f, const Number& x, int places);
 std::optional<Number> power(const Number& base, const Number& exponent, int places);
 Number pi(int places);

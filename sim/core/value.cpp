@@ -90,6 +90,12 @@ Value Value::time(DateTime t) {
     return v;
 }
 
+Value Value::duration(DateTime t) {
+    Value v = time(t);
+    v.duration_ = true;
+    return v;
+}
+
 Value Value::timestamp(DateTime ts) {
     Value v;
     v.type_ = Type::Timestamp;
@@ -148,7 +154,7 @@ Text Value::asText() const {
         case Type::Date:
             return Text(formatDate(dt_));
         case Type::Time:
-            return Text(formatTime(dt_));
+            return Text(duration_ ? formatDuration(dt_) : formatTime(dt_));
         case Type::Timestamp:
             return Text(formatTimestamp(dt_));
         case Type::Binary:
@@ -270,6 +276,7 @@ Value Value::as(Type t) const {
             break;
         case Type::Time:
             out = tryTime() ? time(*tryTime()) : emptyOf(t);
+            out.duration_ = isDuration();
             break;
         case Type::Timestamp:
             out = tryTimestamp() ? timestamp(*tryTimestamp()) : emptyOf(t);

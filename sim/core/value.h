@@ -47,12 +47,15 @@ public:
     static Value boolean(bool b);
     static Value date(DateTime d);
     static Value time(DateTime t);
+    // A time that is an elapsed time rather than a time of day: its text has no AM/PM.
+    static Value duration(DateTime t);
     static Value timestamp(DateTime ts);
     static Value binary(Binary b);
     // The empty value of a type (empty text, empty number, a date without value, ...).
     static Value emptyOf(Type t);
 
     Type type() const { return type_; }
+    bool isDuration() const { return type_ == Type::Time && duration_; }
     int32_t locale() const { return locale_; }
     void setLocale(int32_t l) { locale_ = l; }
 
@@ -98,6 +101,7 @@ private:
     Type type_ = Type::Invalid;
     bool sqlTextForm_ = false;
     bool hasTextForm_ = false;
+    bool duration_ = false;
     int32_t locale_ = 1;
     Text text_;      // the text of a text value; the carried text form of another
     Number number_;  // for dates, times and timestamps only `empty` is used
