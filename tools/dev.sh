@@ -11,7 +11,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
 packages=(g++ cmake make binutils libicu-dev libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-  libboost1.81-dev libedit-dev nlohmann-json3-dev pkg-config)
+  libboost1.81-dev libedit-dev libssl-dev nlohmann-json3-dev pkg-config)
 
 install_missing() {
   local missing=()

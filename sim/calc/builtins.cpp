@@ -1,12 +1,14 @@
 #include "sim/calc/builtins.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <unordered_map>
 
 #include "sim/calc/errors.h"
 #include "sim/calc/evaluator.h"
+#include "sim/core/encoding.h"
 
 namespace sim::calc {
 
@@ -36,9 +38,10 @@ using Table = std::unordered_map<std::u16string_view, const Builtin*>;
 
 Table buildTable() {
     Table table;
-    for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
-                        numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
-                        jsonFunctions(), encodingFunctions()}) {
+    for (auto family :
+         {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
+          numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(), jsonFunctions(),
+          encodingFunctions(), cryptoFunctions(), textCodecFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;
@@ -90,6 +93,18 @@ std::optional<double> findConstant(std::u16string_view lowerName) {
     const auto it = constants().find(lowerName);
     if (it == constants().end()) return std::nullopt;
     return it->second;
+}
+
+std::string bytesOfArgument(Args& a, size_t i) {
+    const Value& v = a[i];
+    if (v.type() == Type::Binary) {
+        const Binary& b = v.asBinary();
+        for (const Binary::Stream& s : b.streams) {
+            if (s.type == std::array<char, 4>{'F', 'I', 'L', 'E'}) return s.bytes;
+        }
+        return b.streams.empty() ? std::string() : b.streams.front().bytes;
+    }
+    return toUtf8(a.units(i));
 }
 
 Value textValue(Text t) {

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -70,6 +71,8 @@ std::span<const Builtin> styleFunctions();
 std::span<const Builtin> hostFunctions();
 std::span<const Builtin> jsonFunctions();
 std::span<const Builtin> encodingFunctions();
+std::span<const Builtin> cryptoFunctions();
+std::span<const Builtin> textCodecFunctions();
 
 // Shared by the families.
 Value textValue(Text t);
@@ -82,5 +85,7 @@ Value questionMark();                               // the host's "?" for result
 bool isTrue(const Value& v);                        // a non-zero number
 // Clamps a function's numeric argument to a unit position or count.
 double clampCount(double d);
+// The bytes of argument i: a container's file, or a text's UTF-8.
+std::string bytesOfArgument(Args& a, size_t i);
 
 }  // namespace sim::calc
