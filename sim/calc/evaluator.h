@@ -43,6 +43,9 @@ public:
     // Decimal places of division, roots, logarithms and the like: 16, or SetPrecision's.
     int precision() const { return precision_; }
     void setPrecision(int places) { precision_ = places; }
+    // Iterations While may make before it gives "?" (SetRecursion).
+    int whileLimit() const { return whileLimit_; }
+    void setWhileLimit(int iterations) { whileLimit_ = iterations; }
 
 private:
     Value evalNode(const Node& node);
@@ -68,6 +71,7 @@ private:
     Context& context_;
     int depth_ = 0;
     int precision_ = 16;
+    int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
 };
 

@@ -42,7 +42,23 @@ Value fnExecuteSql(Args& a) {
     return joined ? textValue(std::move(*joined)) : questionMark();
 }
 
+// ExecuteSQLe: ExecuteSQL that tells why a query failed, "? ERROR: " and the database's
+// complaint (FileMaker's own FQL codes and positions are not known to this host).
+Value fnExecuteSqle(Args& a) {
+    const std::u16string query(a.units(0));
+    const std::u16string_view fieldSeparator = a.units(1).empty() ? u"," : a.units(1);
+    const std::u16string_view rowSeparator = a.units(2).empty() ? u"\r" : a.units(2);
+    std::vector<Value> arguments;
+    for (size_t i = 3; i < a.size(); ++i) arguments.push_back(a[i]);
+    std::u16string failure;
+    std::optional<std::u16string> joined =
+        a.context().executeSqlExplained(query, arguments, fieldSeparator, rowSeparator, failure);
+    if (joined) return textValue(std::move(*joined));
+    return textValue(u"? ERROR: " + (failure.empty() ? u"The query failed." : failure));
+}
+
 constexpr Builtin kFunctions[] = {
+    {u"executesqle", 3, -1, fnExecuteSqle},
     {u"executesql", 3, -1, fnExecuteSql},
     {u"databasenames", 0, 0, fnDatabaseNames},
     {u"scriptnames", 1, 1, fnScriptNames},

@@ -95,6 +95,9 @@ public:
     // What Get ( LastExternalErrorDetail ) shows in a file; ignored for a file not open.
     void setExternalErrorDetail(std::u16string_view file, std::u16string detail);
     std::u16string externalErrorDetail(std::u16string_view file) const;
+    // What Get ( ScriptResult ) shows in a file: the result of its last script run.
+    void setScriptResult(std::u16string_view file, Value result);
+    Value scriptResult(std::u16string_view file) const;
     // "$$" variables of a file, and the "$" variables of calculations outside scripts. Both are
     // null when the file is not open.
     std::shared_ptr<Variables> fileGlobals(std::u16string_view file) const;
@@ -152,6 +155,7 @@ private:
         std::vector<std::pair<std::u16string, std::u16string>> scripts;  // name, calculation
         std::shared_ptr<Database> db;
         std::u16string externalErrorDetail;
+        Value scriptResult;
     };
     std::shared_ptr<File> findFileLocked(std::u16string_view name) const;
     std::optional<ScriptRequest> takeQueuedScript();
