@@ -77,6 +77,10 @@ const std::unordered_map<std::u16string_view, double>& constants() {
         {u"jsonarray", 4},
         {u"jsonboolean", 5},
         {u"jsonnull", 6},
+        // The path formats of ConvertToFileMakerPath and ConvertFromFileMakerPath.
+        {u"posixpath", 1},
+        {u"winpath", 2},
+        {u"urlpath", 3},
     };
     return table;
 }

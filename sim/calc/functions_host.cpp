@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sim/calc/builtins.h"
+#include "sim/core/paths.h"
 
 namespace sim::calc {
 
@@ -57,7 +58,24 @@ Value fnExecuteSqle(Args& a) {
     return textValue(u"? ERROR: " + (failure.empty() ? u"The query failed." : failure));
 }
 
+// ConvertToFileMakerPath ( path ; format ) and ConvertFromFileMakerPath ( fileMakerPath ;
+// format ): format 1 (PosixPath) a POSIX path, 2 (WinPath) a Windows path, 3 (URLPath) a file
+// URL; a path of another form gives "?".
+Value fnConvertToFileMakerPath(Args& a) {
+    std::optional<std::u16string> p =
+        toFileMakerPath(a.units(0), static_cast<int32_t>(clampCount(a.number(1))));
+    return p ? textValue(std::move(*p)) : questionMark();
+}
+
+Value fnConvertFromFileMakerPath(Args& a) {
+    std::optional<std::u16string> p =
+        fromFileMakerPath(a.units(0), static_cast<int32_t>(clampCount(a.number(1))));
+    return p ? textValue(std::move(*p)) : questionMark();
+}
+
 constexpr Builtin kFunctions[] = {
+    {u"converttofilemakerpath", 2, 2, fnConvertToFileMakerPath},
+    {u"convertfromfilemakerpath", 2, 2, fnConvertFromFileMakerPath},
     {u"executesqle", 3, -1, fnExecuteSqle},
     {u"executesql", 3, -1, fnExecuteSql},
     {u"databasenames", 0, 0, fnDatabaseNames},

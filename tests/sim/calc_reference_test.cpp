@@ -226,6 +226,11 @@ TEST(CalcReference, LogicalFunctions) {
         {R"(GetRepetition ( "x" ; 1 ) & GetRepetition ( "x" ; 2 ))", "x"},
         {R"(Extend ( "a" ) & Last ( "b" ))", "ab"},
         {R"(ExecuteSQLe ( "SELECT 1" ; "" ; "" ))", "? ERROR: The query failed."},
+        {R"(ConvertToFileMakerPath ( "/srv/a b.txt" ; PosixPath ))", "filelinux:/srv/a b.txt"},
+        {R"(ConvertFromFileMakerPath ( "filelinux:/srv/a b.txt" ; URLPath ))",
+         "file:///srv/a%20b.txt"},
+        {R"(ConvertFromFileMakerPath ( "filewin:/C:/Data/a.txt" ; WinPath ))", "C:\\Data\\a.txt"},
+        {R"(ConvertToFileMakerPath ( "relative/a.txt" ; PosixPath ))", "?"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(run(context, c.calculation).text, c.expected) << c.calculation;
