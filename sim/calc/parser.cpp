@@ -251,13 +251,14 @@ private:
             n->name = lower;
             return n;
         }
+        // A constant before a function of the same name: Extend without "(" is the style.
+        if (std::optional<double> c = findConstant(lower)) return literal(Value::number(*c));
         if (const Builtin* b = findBuiltin(lower)) {
             if (b->minArgs > 0) raise(kTooFewParameters);
             NodePtr n = makeNode(NodeKind::Builtin);
             n->builtin = b;
             return n;
         }
-        if (std::optional<double> c = findConstant(lower)) return literal(Value::number(*c));
         if (const ExternalFunction* f = context_.findFunction(t.text)) {
             if (f->minArgs > 0) raise(kTooFewParameters);
             NodePtr n = makeNode(NodeKind::External);

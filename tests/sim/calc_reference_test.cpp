@@ -225,6 +225,7 @@ TEST(CalcReference, LogicalFunctions) {
         {"GetRepetition ( $list ; 2 ) & GetRepetition ( $list ; 1 )", "second"},
         {R"(GetRepetition ( "x" ; 1 ) & GetRepetition ( "x" ; 2 ))", "x"},
         {R"(Extend ( "a" ) & Last ( "b" ))", "ab"},
+        {R"(Extend & " " & Extend ( Extend ))", "16384 16384"},
         {R"(ExecuteSQLe ( "SELECT 1" ; "" ; "" ))", "? ERROR: The query failed."},
         {R"(ConvertToFileMakerPath ( "/srv/a b.txt" ; PosixPath ))", "filelinux:/srv/a b.txt"},
         {R"(ConvertFromFileMakerPath ( "filelinux:/srv/a b.txt" ; URLPath ))",
