@@ -4,6 +4,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -341,19 +342,14 @@ Value fnDeleteElement(Args& a) {
 // reads JSONRaw values; nullopt when it does not start with one.
 std::optional<Json> firstElement(const std::string& text) {
     if (tooDeep(text)) return std::nullopt;
+    std::istringstream in(text);
+    Json j;
     try {
-        return Json::parse(text);
-    } catch (const nlohmann::json::parse_error& e) {
-        const std::string what = e.what();
-        if (what.find("expected end of input") == std::string::npos || e.byte < 2) {
-            return std::nullopt;
-        }
-        try {
-            return Json::parse(text.substr(0, e.byte - 1));
-        } catch (const nlohmann::json::parse_error&) {
-            return std::nullopt;
-        }
+        in >> j;  // reads one element and leaves the rest
+    } catch (const nlohmann::json::parse_error&) {
+        return std::nullopt;
     }
+    return j;
 }
 
 // The element JSONSetElement puts in for `value` of `type`.

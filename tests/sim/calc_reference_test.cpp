@@ -60,6 +60,8 @@ TEST(CalcReference, JsonBuildsArraysFromEmptyTexts) {
         {R"(JSONSetElement ( "{}" ; "a" ; "4,2" ; JSONRaw ))", R"({"a":4})"},
         {R"(JSONSetElement ( "{}" ; "a" ; "[1,2] x" ; JSONRaw ))", R"({"a":[1,2]})"},
         {R"(JSONSetElement ( "{}" ; "a" ; ",4" ; JSONRaw ))", R"({"a":",4"})"},
+        {R"(JSONSetElement ( "{}" ; "a" ; "{\"b\":1}true" ; JSONRaw ))", R"({"a":{"b":1}})"},
+        {R"(JSONSetElement ( "{}" ; "a" ; "" ; JSONRaw ))", R"({"a":""})"},
         {R"(JSONSetElement ( "{ \"a\" : 11 }" ; "b" ; 22 ; JSONNumber ))", R"({"a":11,"b":22})"},
         {R"(JSONGetElementType ( "{ \"a\" : 11, \"b\" : \"x\" }" ; "a" ))", "2"},
         {R"(JSONGetElementType ( "{ \"a\" : 11, \"b\" : \"x\" }" ; "b" ))", "1"},
