@@ -14,7 +14,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 jobs=$(nproc 2>/dev/null || echo 2)
 packages=(g++ cmake make binutils libicu-dev libsqlite3-dev libgtest-dev libgmock-dev libbenchmark-dev
-  libboost1.81-dev libedit-dev nlohmann-json3-dev pkg-config icu-devtools)
+  libboost1.81-dev libedit-dev libssl-dev nlohmann-json3-dev pkg-config icu-devtools)
 # The aarch64 build: Debian's cross compiler, the target's libraries from the arm64 architecture
 # (multiarch) and the user-mode emulator that runs its tests.
 arm_packages=(g++-aarch64-linux-gnu qemu-user libicu-dev:arm64 libsqlite3-dev:arm64

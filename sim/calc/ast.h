@@ -11,6 +11,7 @@
 namespace sim::calc {
 
 struct Builtin;
+struct GetAnswer;
 
 enum class NodeKind : uint8_t {
     Literal,   // `literal`
@@ -66,6 +67,7 @@ enum class GetSelector : uint8_t {
     RecordNumber,
     RecordId,
     TotalRecordCount,
+    Answered,  // by the host selector table (get_selectors.h), in `answer`
 };
 
 struct Node;
@@ -85,6 +87,7 @@ struct Node {
     Op op = Op::Add;
     GetSelector selector = GetSelector::FileName;
     const Builtin* builtin = nullptr;
+    const GetAnswer* answer = nullptr;  // Get selectors of the host selector table
     Value literal;
     std::u16string name;
     std::u16string field;  // of a Field node

@@ -1,12 +1,14 @@
 #include "sim/calc/builtins.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <unordered_map>
 
 #include "sim/calc/errors.h"
 #include "sim/calc/evaluator.h"
+#include "sim/core/encoding.h"
 
 namespace sim::calc {
 
@@ -38,10 +40,11 @@ Table buildTable() {
     Table table;
     for (auto family : {logicalFunctions(), textFunctions(), wordFunctions(), valueListFunctions(),
                         numberFunctions(), dateFunctions(), styleFunctions(), hostFunctions(),
-                        jsonFunctions(), encodingFunctions(), fieldFunctions()}) {
+                        jsonFunctions(), encodingFunctions(), fieldFunctions(), cryptoFunctions(),
+                        textCodecFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
-    for (auto family : {aggregateFunctions(), financialFunctions(), repeatingFunctions()}) {
+    for (auto family : {aggregateFunctions(), financialFunctions()}) {
         for (const Builtin& b : family) table.emplace(b.name, &b);
     }
     return table;
@@ -77,6 +80,10 @@ const std::unordered_map<std::u16string_view, double>& constants() {
         {u"jsonarray", 4},
         {u"jsonboolean", 5},
         {u"jsonnull", 6},
+        // The path formats of ConvertToFileMakerPath and ConvertFromFileMakerPath.
+        {u"posixpath", 1},
+        {u"winpath", 2},
+        {u"urlpath", 3},
     };
     return table;
 }
@@ -93,6 +100,18 @@ std::optional<double> findConstant(std::u16string_view lowerName) {
     const auto it = constants().find(lowerName);
     if (it == constants().end()) return std::nullopt;
     return it->second;
+}
+
+std::string bytesOfArgument(Args& a, size_t i) {
+    const Value& v = a[i];
+    if (v.type() == Type::Binary) {
+        const Binary& b = v.asBinary();
+        for (const Binary::Stream& s : b.streams) {
+            if (s.type == std::array<char, 4>{'F', 'I', 'L', 'E'}) return s.bytes;
+        }
+        return b.streams.empty() ? std::string() : b.streams.front().bytes;
+    }
+    return toUtf8(a.units(i));
 }
 
 Value textValue(Text t) {

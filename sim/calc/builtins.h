@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -67,13 +68,14 @@ std::span<const Builtin> valueListFunctions();
 std::span<const Builtin> numberFunctions();
 std::span<const Builtin> aggregateFunctions();
 std::span<const Builtin> financialFunctions();
-std::span<const Builtin> repeatingFunctions();
 std::span<const Builtin> dateFunctions();
 std::span<const Builtin> styleFunctions();
 std::span<const Builtin> hostFunctions();
 std::span<const Builtin> jsonFunctions();
 std::span<const Builtin> encodingFunctions();
 std::span<const Builtin> fieldFunctions();
+std::span<const Builtin> cryptoFunctions();
+std::span<const Builtin> textCodecFunctions();
 
 // Shared by the families.
 Value textValue(Text t);
@@ -86,5 +88,7 @@ Value questionMark();                               // the host's "?" for result
 bool isTrue(const Value& v);                        // a non-zero number
 // Clamps a function's numeric argument to a unit position or count.
 double clampCount(double d);
+// The bytes of argument i: a container's file, or a text's UTF-8.
+std::string bytesOfArgument(Args& a, size_t i);
 
 }  // namespace sim::calc

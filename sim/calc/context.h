@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/fmx_types.h"
+#include "sim/core/system_facts.h"
 #include "sim/core/value.h"
 
 namespace sim::calc {
@@ -42,6 +43,20 @@ public:
     // The result text of the last plug-in call in this file that failed with one of the
     // plug-in error results 1552-1559; empty after any other call.
     virtual std::u16string lastExternalErrorDetail() { return {}; }
+    // The result of the last script that finished in this file; empty before any.
+    virtual Value scriptResult() { return {}; }
+    // The machine and its user (Get ( UserName ), Get ( TemporaryPath ), ...); by default read
+    // from the operating system once per process.
+    virtual const SystemFacts& systemFacts();
+    // Like executeSql, telling why a query failed.
+    virtual std::optional<std::u16string> executeSqlExplained(std::u16string_view query,
+                                                              const std::vector<Value>& arguments,
+                                                              std::u16string_view fieldSeparator,
+                                                              std::u16string_view rowSeparator,
+                                                              std::u16string& failure) {
+        failure.clear();
+        return executeSql(query, arguments, fieldSeparator, rowSeparator);
+    }
     // Runs a query (SELECT only) on the calling file's database with `arguments` bound to its "?"
     // markers in order, joining the text forms of the result's fields with the separators; nullopt
     // when the query fails.

@@ -17,6 +17,11 @@ double Context::utcMilliseconds() {
            62135596800000.0;
 }
 
+const SystemFacts& Context::systemFacts() {
+    static const SystemFacts facts = readSystemFacts();
+    return facts;
+}
+
 Result evaluate(std::u16string_view expression, Context& context) {
     NodePtr tree;
     try {

@@ -4,6 +4,7 @@
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
+#include "sim/calc/get_selectors.h"
 #include "sim/calc/operators.h"
 #include "sim/calc/parser.h"
 #include "sim/calc/temporal.h"
@@ -188,7 +189,7 @@ Value Evaluator::evalWhile(const Node& node) {
     const size_t start = scope_.size();
     for (const LetBinding& b : node.bindings) assign(b, start);
     for (int iterations = 0; isTrue(eval(*node.children[0])); ++iterations) {
-        if (iterations == kWhileLimit) return questionMark();
+        if (iterations == whileLimit_) return questionMark();
         if (context_.interrupted()) raise(kUserCanceled);
         for (const LetBinding& b : node.steps) assign(b, start);
     }
@@ -295,6 +296,8 @@ Value Evaluator::evalGet(const Node& node) {
             return Value::text(context_.scriptName());
         case GetSelector::LastExternalErrorDetail:
             return Value::text(context_.lastExternalErrorDetail());
+        case GetSelector::Answered:
+            return node.answer->answer(context_);
     }
     raise(kInvalidGetParameter);
 }

@@ -52,6 +52,9 @@ public:
     // Decimal places of division, roots, logarithms and the like: 16, or SetPrecision's.
     int precision() const { return precision_; }
     void setPrecision(int places) { precision_ = places; }
+    // Iterations While may make before it gives "?" (SetRecursion).
+    int whileLimit() const { return whileLimit_; }
+    void setWhileLimit(int iterations) { whileLimit_ = iterations; }
 
 private:
     Value evalNode(const Node& node);
@@ -80,6 +83,7 @@ private:
     int precision_ = 16;
     static constexpr unsigned kInterruptCheckMask = 1023;
     unsigned steps_ = 0;              // nodes evaluated, for the interrupt check
+    int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
 };
 

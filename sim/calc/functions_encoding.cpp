@@ -19,18 +19,7 @@ namespace {
 constexpr char kStandard[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kImap[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+,";
 
-// The bytes a function encodes.
-std::string bytesOf(Args& a, size_t i) {
-    const Value& v = a[i];
-    if (v.type() == Type::Binary) {
-        const Binary& b = v.asBinary();
-        for (const Binary::Stream& s : b.streams) {
-            if (s.type == std::array<char, 4>{'F', 'I', 'L', 'E'}) return s.bytes;
-        }
-        return b.streams.empty() ? std::string() : b.streams.front().bytes;
-    }
-    return toUtf8(a.units(i));
-}
+std::string bytesOf(Args& a, size_t i) { return bytesOfArgument(a, i); }
 
 // Decoded bytes: a container named `fileName`, or the bytes read as UTF-8 text.
 Value decodedValue(std::string bytes, Args& a, size_t nameArg) {
@@ -122,10 +111,25 @@ std::optional<std::string> unbase64(std::u16string_view text) {
 // FileMaker's Base64Encode breaks lines after 76 characters with CR LF.
 Value fnBase64Encode(Args& a) { return textValue(base64(bytesOf(a, 0), {kStandard, true, 76})); }
 
+// OpenPGP's CRC-24 (RFC 4880, section 6.1).
+uint32_t crc24(const std::string& bytes) {
+    uint32_t crc = 0xB704CE;
+    for (unsigned char c : bytes) {
+        crc ^= static_cast<uint32_t>(c) << 16;
+        for (int i = 0; i < 8; ++i) {
+            crc <<= 1;
+            if (crc & 0x1000000) crc ^= 0x1864CFB;
+        }
+    }
+    return crc & 0xFFFFFF;
+}
+
 // Base64EncodeRFC ( RFCNumber ; data ): the line length and alphabet of the RFC named; an RFC
-// the function does not know gives "?".
+// the function does not know is read as 4648. RFC 4880 adds its checksum, "=" and the Base64 of
+// the CRC-24, on a line of its own.
 Value fnBase64EncodeRfc(Args& a) {
     const double rfc = a.number(0);
+    const std::string bytes = bytesOf(a, 1);
     Base64Style style;
     if (rfc == 1421) {
         style.lineLength = 64;
@@ -136,10 +140,37 @@ Value fnBase64EncodeRfc(Args& a) {
     } else if (rfc == 3501) {
         style.alphabet = kImap;
         style.padding = false;
-    } else if (rfc != 3548 && rfc != 4648) {
-        return questionMark();
     }
-    return textValue(base64(bytesOf(a, 1), style));
+    std::u16string out = base64(bytes, style);
+    if (rfc == 4880) {
+        const uint32_t crc = crc24(bytes);
+        const std::string crcBytes{static_cast<char>(crc >> 16), static_cast<char>(crc >> 8 & 0xFF),
+                                   static_cast<char>(crc & 0xFF)};
+        if (!out.empty()) out += u"\r\n";
+        out += u'=';
+        out += base64(crcBytes, {});
+    }
+    return textValue(std::move(out));
+}
+
+// GetAsURLEncoded ( text ): the UTF-8 bytes of the text, styles dropped, every byte other than
+// an ASCII letter or digit written as "%" and two lower-case hexadecimal digits.
+Value fnGetAsUrlEncoded(Args& a) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    const std::string bytes = toUtf8(a.units(0));
+    if (bytes.size() > kMaxTextUnits / 3) raise(kGenericError);
+    std::u16string out;
+    out.reserve(bytes.size());
+    for (unsigned char c : bytes) {
+        if ((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) {
+            out += static_cast<char16_t>(c);
+            continue;
+        }
+        out += u'%';
+        out += static_cast<char16_t>(kDigits[c >> 4]);
+        out += static_cast<char16_t>(kDigits[c & 15]);
+    }
+    return textValue(std::move(out));
 }
 
 Value fnBase64Decode(Args& a) {
@@ -249,9 +280,13 @@ Value fnSerialIncrement(Args& a) {
 }
 
 constexpr Builtin kFunctions[] = {
-    {u"base64encode", 1, 1, fnBase64Encode}, {u"base64encoderfc", 2, 2, fnBase64EncodeRfc},
-    {u"base64decode", 1, 2, fnBase64Decode}, {u"hexencode", 1, 1, fnHexEncode},
-    {u"hexdecode", 1, 2, fnHexDecode},       {u"serialincrement", 2, 2, fnSerialIncrement},
+    {u"base64encode", 1, 1, fnBase64Encode},
+    {u"base64encoderfc", 2, 2, fnBase64EncodeRfc},
+    {u"base64decode", 1, 2, fnBase64Decode},
+    {u"hexencode", 1, 1, fnHexEncode},
+    {u"hexdecode", 1, 2, fnHexDecode},
+    {u"serialincrement", 2, 2, fnSerialIncrement},
+    {u"getasurlencoded", 1, 1, fnGetAsUrlEncoded},
 };
 
 }  // namespace

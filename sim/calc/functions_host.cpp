@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sim/calc/builtins.h"
+#include "sim/core/paths.h"
 
 namespace sim::calc {
 
@@ -42,7 +43,40 @@ Value fnExecuteSql(Args& a) {
     return joined ? textValue(std::move(*joined)) : questionMark();
 }
 
+// ExecuteSQLe: ExecuteSQL that tells why a query failed, "? ERROR: " and the database's
+// complaint (FileMaker's own FQL codes and positions are not known to this host).
+Value fnExecuteSqle(Args& a) {
+    const std::u16string query(a.units(0));
+    const std::u16string_view fieldSeparator = a.units(1).empty() ? u"," : a.units(1);
+    const std::u16string_view rowSeparator = a.units(2).empty() ? u"\r" : a.units(2);
+    std::vector<Value> arguments;
+    for (size_t i = 3; i < a.size(); ++i) arguments.push_back(a[i]);
+    std::u16string failure;
+    std::optional<std::u16string> joined =
+        a.context().executeSqlExplained(query, arguments, fieldSeparator, rowSeparator, failure);
+    if (joined) return textValue(std::move(*joined));
+    return textValue(u"? ERROR: " + (failure.empty() ? u"The query failed." : failure));
+}
+
+// ConvertToFileMakerPath ( path ; format ) and ConvertFromFileMakerPath ( fileMakerPath ;
+// format ): format 1 (PosixPath) a POSIX path, 2 (WinPath) a Windows path, 3 (URLPath) a file
+// URL; a path of another form gives "?".
+Value fnConvertToFileMakerPath(Args& a) {
+    std::optional<std::u16string> p =
+        toFileMakerPath(a.units(0), static_cast<int32_t>(clampCount(a.number(1))));
+    return p ? textValue(std::move(*p)) : questionMark();
+}
+
+Value fnConvertFromFileMakerPath(Args& a) {
+    std::optional<std::u16string> p =
+        fromFileMakerPath(a.units(0), static_cast<int32_t>(clampCount(a.number(1))));
+    return p ? textValue(std::move(*p)) : questionMark();
+}
+
 constexpr Builtin kFunctions[] = {
+    {u"converttofilemakerpath", 2, 2, fnConvertToFileMakerPath},
+    {u"convertfromfilemakerpath", 2, 2, fnConvertFromFileMakerPath},
+    {u"executesqle", 3, -1, fnExecuteSqle},
     {u"executesql", 3, -1, fnExecuteSql},
     {u"databasenames", 0, 0, fnDatabaseNames},
     {u"scriptnames", 1, 1, fnScriptNames},

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -337,6 +338,20 @@ Value fnDeleteElement(Args& a) {
     });
 }
 
+// The JSON element `text` starts with, ignoring whatever follows it ("4,2" is 4), as FileMaker
+// reads JSONRaw values; nullopt when it does not start with one.
+std::optional<Json> firstElement(const std::string& text) {
+    if (tooDeep(text)) return std::nullopt;
+    std::istringstream in(text);
+    Json j;
+    try {
+        in >> j;  // reads one element and leaves the rest
+    } catch (const nlohmann::json::parse_error&) {
+        return std::nullopt;
+    }
+    return j;
+}
+
 // The element JSONSetElement puts in for `value` of `type`.
 Json elementOf(const Value& value, int type) {
     switch (type) {
@@ -361,15 +376,22 @@ Json elementOf(const Value& value, int type) {
             if (type == kArray && !j.is_array()) throw JsonFailure{"? Value is not an array"};
             return j;
         }
-        default: {  // JSONRaw: JSON when it reads as JSON, else the text as a string
+        default: {  // JSONRaw: its first JSON element when it starts with one, else a string
             const std::string text = toUtf8(value.asText().units());
-            try {
-                return parseJson(text);
-            } catch (const JsonFailure&) {
-                return Json(text);
-            }
+            std::optional<Json> first = firstElement(text);
+            return first ? std::move(*first) : Json(text);
         }
     }
+}
+
+// What JSONSetElement starts from for an empty json: an array when the path begins with an
+// index ("[0]", "[+]"), else an object.
+Json emptyRootFor(const std::string& path) {
+    const std::size_t first = path.find_first_not_of(' ');
+    return first != std::string::npos && path[first] == '[' &&
+                   (path.size() < first + 2 || (path[first + 1] != '\'' && path[first + 1] != '"'))
+               ? Json::array()
+               : Json::object();
 }
 
 // JSONSetElement ( json ; keyOrIndexOrPath ; value ; type ), or with lists
@@ -393,8 +415,9 @@ Value fnSetElement(Evaluator& ev, const Nodes& args) {
     }
     return guarded([&] {
         const std::string text = toUtf8(json.asText().units());
-        Json root = text.find_first_not_of(" \t\r\n") == std::string::npos ? Json::object()
-                                                                           : parseJson(text);
+        Json root = text.find_first_not_of(" \t\r\n") == std::string::npos
+                        ? emptyRootFor(toUtf8(changes.front()[0].asText().units()))
+                        : parseJson(text);
         for (const std::vector<Value>& change : changes) {
             const std::string path = toUtf8(change[0].asText().units());
             Json element = elementOf(change[1], typeOf(change[2]));
@@ -492,7 +515,97 @@ Value fnFormatElements(Args& a) {
     });
 }
 
+// The type constant of an element: 1 string, 2 number, 3 object, 4 array, 5 boolean, 6 null.
+int typeCode(const Json& j) {
+    switch (j.type()) {
+        case Json::value_t::string:
+            return kString;
+        case Json::value_t::object:
+            return kObject;
+        case Json::value_t::array:
+            return kArray;
+        case Json::value_t::boolean:
+            return kBoolean;
+        case Json::value_t::null:
+            return kNull;
+        default:
+            return kNumber;
+    }
+}
+
+// JSONGetElementType ( json ; keyOrIndexOrPath ): the type constant of the element; an element
+// that is not there is a path error.
+Value fnGetElementType(Args& a) {
+    return guarded([&] {
+        const Json root = parseJson(utf8(a, 0));
+        const Json* found = find(root, parsePath(utf8(a, 1)));
+        if (found == nullptr) throw JsonFailure{"? Incorrect key, index, or path"};
+        return Value::number(static_cast<double>(typeCode(*found)));
+    });
+}
+
+bool isLineSeparator(char16_t c) {
+    return c == u'\r' || c == u'\n' || c == u'\u2028' || c == u'\u2029';
+}
+
+// JSONMakeArray ( listOfValues ; separator ; type ): the pieces between separators as elements
+// of `type`; an empty separator splits at every kind of return, and a return at the very end
+// does not start another piece.
+Value fnMakeArray(Args& a) {
+    return guarded([&] {
+        const std::u16string_view list = a.units(0);
+        const std::u16string separator(a.units(1));
+        const int type = typeOf(a[2]);
+        Json array = Json::array();
+        auto add = [&](std::u16string_view piece) {
+            array.push_back(elementOf(Value::text(std::u16string(piece)), type));
+        };
+        if (list.empty()) return textValue(fromUtf8(compact(array)));
+        std::size_t start = 0;
+        if (separator.empty()) {
+            for (std::size_t i = 0; i < list.size(); ++i) {
+                if (!isLineSeparator(list[i])) continue;
+                add(list.substr(start, i - start));
+                start = i + 1;
+            }
+            if (start < list.size()) add(list.substr(start));
+        } else {
+            for (std::size_t hit = list.find(separator); hit != std::u16string_view::npos;
+                 hit = list.find(separator, start)) {
+                add(list.substr(start, hit - start));
+                start = hit + separator.size();
+            }
+            add(list.substr(start));
+        }
+        return textValue(fromUtf8(compact(array)));
+    });
+}
+
+// JSONParse ( json ): the text itself when it is JSON, else the reader's complaint.
+Value fnParse(Args& a) {
+    return guarded([&] {
+        parseJson(utf8(a, 0));
+        return Value::text(a.text(0));
+    });
+}
+
+// JSONParsedState ( json ): this host keeps no parsed form beside a text, so it judges the text
+// itself: 0 for an empty one, -1 for one that is not JSON, else the type constant.
+Value fnParsedState(Args& a) {
+    const std::string text = utf8(a, 0);
+    if (text.empty()) return Value::number(0.0);
+    try {
+        return Value::number(static_cast<double>(typeCode(parseJson(text))));
+    } catch (const JsonFailure&) {
+        return Value::number(-1.0);
+    }
+}
+
 constexpr Builtin kFunctions[] = {
+    {u"jsongetelementtype", 2, 2, fnGetElementType},
+    {u"jsonmakearray", 3, 3, fnMakeArray},
+    {u"jsonparse", 1, 1, fnParse},
+    {u"jsonparsedstate", 1, 1, fnParsedState},
     {u"jsongetelement", 2, 2, fnGetElement},
     {u"jsonsetelement", 2, -1, nullptr, fnSetElement, true},
     {u"jsondeleteelement", 2, 2, fnDeleteElement},

@@ -1,10 +1,12 @@
 // If, Case, Choose, the error-aware functions and Evaluate. Most of them evaluate only the
 // arguments they need.
+#include <algorithm>
 #include <cmath>
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
 #include "sim/calc/evaluator.h"
+#include "sim/calc/parser.h"
 
 namespace sim::calc {
 
@@ -68,6 +70,35 @@ Value fnEvaluate(Evaluator& ev, const Nodes& a) {
     return ev.evaluateText(source.asText().units());
 }
 
+// SetRecursion ( expression ; maxIterations ): While inside the expression may go round up to
+// maxIterations times (at least 1) instead of 50,000.
+Value fnSetRecursion(Evaluator& ev, const Nodes& a) {
+    const double limit = std::trunc(ev.eval(*a[1]).asNumber().toDouble());
+    const int outer = ev.whileLimit();
+    ev.setWhileLimit(static_cast<int>(std::clamp(std::isnan(limit) ? 1.0 : limit, 1.0, 2.0e9)));
+    try {
+        Value v = ev.eval(*a[0]);
+        ev.setWhileLimit(outer);
+        return v;
+    } catch (...) {
+        ev.setWhileLimit(outer);
+        throw;
+    }
+}
+
+// IsValidExpression ( expression ): 1 when the text is a calculation this host can read.
+Value fnIsValidExpression(Args& a) {
+    try {
+        parse(a.units(0), a.context());
+        return booleanValue(true);
+    } catch (const CalcError&) {
+        return booleanValue(false);
+    }
+}
+
+// Extend and Last over a value that does not repeat: the value itself.
+Value fnItself(Args& a) { return a[0]; }
+
 Value fnGetAsBoolean(Args& a) { return booleanValue(isTrue(a[0])); }
 Value fnTrue(Args&) { return booleanValue(true); }
 Value fnFalse(Args&) { return booleanValue(false); }
@@ -81,6 +112,10 @@ constexpr Builtin kFunctions[] = {
     {u"evaluationerror", 1, 1, nullptr, fnEvaluationError},
     {u"evaluate", 1, 2, nullptr, fnEvaluate, true},
     {u"getasboolean", 1, 1, fnGetAsBoolean},
+    {u"setrecursion", 2, 2, nullptr, fnSetRecursion},
+    {u"isvalidexpression", 1, 1, fnIsValidExpression},
+    {u"extend", 1, 1, fnItself},
+    {u"last", 1, 1, fnItself},
     {u"true", 0, 0, fnTrue},
     {u"false", 0, 0, fnFalse},
 };

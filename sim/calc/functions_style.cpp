@@ -152,7 +152,11 @@ Value fnTextAlign(Args& a) {
     return Value::text(std::move(t));
 }
 
+// TextFormatRemove ( text ): the characters alone, without styles or alignment.
+Value fnTextFormatRemove(Args& a) { return Value::text(std::u16string(a.units(0))); }
+
 constexpr Builtin kFunctions[] = {
+    {u"textformatremove", 1, 1, fnTextFormatRemove},
     {u"textstyleadd", 2, 2, fnTextStyleAdd},
     {u"textstyleremove", 2, 2, fnTextStyleRemove},
     {u"textcolor", 2, 2, fnTextColor},

@@ -215,6 +215,44 @@ Value fnTrim(Args& a) {
     return slice(a.text(0), static_cast<double>(first), static_cast<double>(last - first + 1));
 }
 
+// TrimAll ( text ; trimSpaces ; trimType ): the spaces at both ends go, and each run of spaces
+// inside goes or becomes one half-width space by what it lies between. Characters from U+2F00 on
+// are "non-roman". Between two non-roman characters spaces always go; between two roman ones one
+// stays. Between a roman and a non-roman character trimType 0 keeps none, 1 exactly one
+// (inserting one where there was none), 2 one where there were some; trimType 3 keeps no spaces
+// at all. trimSpaces 1 counts full-width spaces (U+3000) as spaces, 0 as characters.
+Value fnTrimAll(Args& a) {
+    const std::u16string_view s = a.units(0);
+    const bool fullWidthIsSpace = isTrue(a[1]);
+    const double trimType = std::trunc(a.number(2));
+    auto isSpace = [&](char16_t c) { return c == u' ' || (fullWidthIsSpace && c == u'\u3000'); };
+    auto isRoman = [](char16_t c) { return c < 0x2F00; };
+    std::u16string out;
+    out.reserve(s.size());
+    for (size_t i = 0; i < s.size();) {
+        if (!isSpace(s[i])) {
+            const bool boundary = !out.empty() && isRoman(out.back()) != isRoman(s[i]);
+            if (trimType == 1 && boundary) out.push_back(u' ');
+            out.push_back(s[i++]);
+            continue;
+        }
+        size_t end = i;
+        while (end < s.size() && isSpace(s[end])) ++end;
+        if (!out.empty() && end < s.size() && trimType != 3) {
+            const bool leftRoman = isRoman(out.back());
+            const bool rightRoman = isRoman(s[end]);
+            bool keep = leftRoman && rightRoman;
+            if (leftRoman != rightRoman) keep = trimType == 1 || trimType == 2;
+            if (keep) out.push_back(u' ');
+        }
+        i = end;
+        if (i < s.size() && !out.empty() && out.back() == u' ') {
+            out.push_back(s[i++]);  // the gap is decided: no space is inserted before this one
+        }
+    }
+    return textValue(std::move(out));
+}
+
 Value fnExact(Args& a) { return booleanValue(a.units(0) == a.units(1)); }
 
 // Quote: the text as a text constant ("\"", "\\" and "\¶" escaped, returns written as ¶).
@@ -273,6 +311,7 @@ constexpr Builtin kFunctions[] = {
     {u"lower", 1, 1, fnLower},
     {u"proper", 1, 1, fnProper},
     {u"trim", 1, 1, fnTrim},
+    {u"trimall", 3, 3, fnTrimAll},
     {u"exact", 2, 2, fnExact},
     {u"quote", 1, 1, fnQuote},
     {u"replace", 4, 4, fnReplace},

@@ -2,11 +2,13 @@
 // at the very end does not start another value.
 #include <unicode/coll.h>
 #include <unicode/locid.h>
+#include <unicode/ustring.h>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <unordered_set>
 
 #include "sim/calc/builtins.h"
@@ -120,18 +122,21 @@ Value fnList(Args& a) {
 // for text.
 class ValueOrder {
 public:
-    // nullopt for a data type or locale the functions do not know.
+    // nullopt for a locale the functions do not know. A data type other than 1 to 5 (or -1 to
+    // -5) sorts as text, ascending.
     static std::optional<ValueOrder> of(Args& a) {
         ValueOrder order;
         if (a.has(1) && !a.emptyNumber(1)) {
             const double type = std::trunc(a.number(1));
-            if (type == 0 || std::fabs(type) > 5) return std::nullopt;
-            order.type_ = static_cast<int>(std::fabs(type));
-            order.descending_ = type < 0;
+            if (type != 0 && std::fabs(type) <= 5) {
+                order.type_ = static_cast<int>(std::fabs(type));
+                order.descending_ = type < 0;
+            }
         }
         const std::u16string locale = a.has(2) ? toLower(a.units(2)) : std::u16string();
         const char* icuName = localeName(locale);
         if (icuName == nullptr) return std::nullopt;
+        if (std::string_view(icuName) == kCodePointOrder) return order;
         UErrorCode status = U_ZERO_ERROR;
         order.collator_.reset(icu::Collator::createInstance(icu::Locale(icuName), status));
         if (U_FAILURE(status) || !order.collator_) return std::nullopt;
@@ -157,6 +162,12 @@ public:
     int compare(const Key& a, const Key& b, icu::Collator::ECollationStrength strength) const {
         if (a.number && b.number) return compareNumbers(*a.number, *b.number);
         if (a.number || b.number) return a.number ? -1 : 1;
+        if (!collator_) {
+            const int32_t r =
+                u_strCompare(a.text.data(), static_cast<int32_t>(a.text.size()), b.text.data(),
+                             static_cast<int32_t>(b.text.size()), true);
+            return (r > 0) - (r < 0);
+        }
         collator_->setStrength(strength);
         UErrorCode status = U_ZERO_ERROR;
         const UCollationResult r =
@@ -168,12 +179,17 @@ public:
     bool descending() const { return descending_; }
 
     // Equal for values UniqueValues counts as one: the same number, or the same text but for
-    // case.
+    // case (in code point order, Unicode_Raw, the very same text).
     std::string identity(std::u16string_view value) const {
         const Key k = keyOf(value);
         if (k.number) {
             std::string key("n");
             key += toUtf8(formatNumber(*k.number));  // one form per number
+            return key;
+        }
+        if (!collator_) {
+            std::string key("r");
+            key += toUtf8(k.text);
             return key;
         }
         collator_->setStrength(icu::Collator::SECONDARY);
@@ -192,27 +208,68 @@ public:
     }
 
 private:
+    // Unicode_Raw: no collator, code points compared.
+    static constexpr std::string_view kCodePointOrder = "raw";
+
+    // The ICU locale for each of FileMaker's sort order names (none given: English).
     static const char* localeName(std::u16string_view lower) {
         static constexpr std::pair<std::u16string_view, const char*> kLocales[] = {
             {u"", "en"},
-            {u"english", "en"},
-            {u"german", "de"},
-            {u"french", "fr"},
-            {u"italian", "it"},
-            {u"spanish", "es"},
-            {u"dutch", "nl"},
-            {u"swedish", "sv"},
-            {u"danish", "da"},
-            {u"norwegian", "nb"},
-            {u"finnish", "fi"},
-            {u"portuguese", "pt"},
-            {u"japanese", "ja"},
-            {u"korean", "ko"},
-            {u"polish", "pl"},
+            {u"arabic", "ar"},
+            {u"bengali", "bn"},
+            {u"bulgarian", "bg"},
+            {u"catalan", "ca"},
+            {u"catalog", "en"},
+            {u"chinese", "zh"},
+            {u"chinese_stroke", "zh@collation=stroke"},
+            {u"croatian", "hr"},
             {u"czech", "cs"},
+            {u"danish", "da"},
+            {u"dutch", "nl"},
+            {u"english", "en"},
+            {u"estonian", "et"},
+            {u"finnish", "fi"},
+            {u"finnish_custom", "fi"},
+            {u"french", "fr"},
+            {u"german", "de"},
+            {u"german_dictionary", "de"},
+            {u"greek", "el"},
+            {u"greek_mixed", "el"},
+            {u"gujarati", "gu"},
+            {u"hebrew", "he"},
+            {u"hindi", "hi"},
+            {u"hungarian", "hu"},
+            {u"icelandic", "is"},
+            {u"italian", "it"},
+            {u"japanese", "ja"},
+            {u"kannada", "kn"},
+            {u"korean", "ko"},
+            {u"latvian", "lv"},
+            {u"lithuanian", "lt"},
+            {u"malayalam", "ml"},
+            {u"marathi", "mr"},
+            {u"norwegian", "nb"},
+            {u"panjabi", "pa"},
+            {u"persian", "fa"},
+            {u"polish", "pl"},
+            {u"portuguese", "pt"},
+            {u"romanian", "ro"},
             {u"russian", "ru"},
+            {u"serbian", "sr"},
+            {u"slovak", "sk"},
+            {u"slovenian", "sl"},
+            {u"spanish", "es"},
+            {u"spanish_traditional", "es@collation=traditional"},
+            {u"swedish", "sv"},
+            {u"swedish_custom", "sv"},
+            {u"tamil", "ta"},
+            {u"telugu", "te"},
+            {u"thai", "th"},
             {u"turkish", "tr"},
+            {u"ukrainian", "uk"},
+            {u"unicode_raw", kCodePointOrder.data()},
             {u"unicode_standard", "root"},
+            {u"vietnamese", "vi"},
         };
         for (const auto& [name, icu] : kLocales) {
             if (name == lower) return icu;

@@ -5,6 +5,7 @@
 
 #include "sim/calc/builtins.h"
 #include "sim/calc/errors.h"
+#include "sim/calc/get_selectors.h"
 #include "sim/calc/lexer.h"
 #include "sim/core/text.h"
 
@@ -256,13 +257,14 @@ private:
             n->name = lower;
             return n;
         }
+        // A constant before a function of the same name: Extend without "(" is the style.
+        if (std::optional<double> c = findConstant(lower)) return literal(Value::number(*c));
         if (const Builtin* b = findBuiltin(lower)) {
             if (b->minArgs > 0) raise(kTooFewParameters);
             NodePtr n = makeNode(NodeKind::Builtin);
             n->builtin = b;
             return n;
         }
-        if (std::optional<double> c = findConstant(lower)) return literal(Value::number(*c));
         if (const ExternalFunction* f = context_.findFunction(t.text)) {
             if (f->minArgs > 0) raise(kTooFewParameters);
             NodePtr n = makeNode(NodeKind::External);
@@ -374,12 +376,15 @@ private:
         if (peek().kind == Tok::RParen) raise(kTooFewParameters);
         if (peek().kind == Tok::End) fail(kUnexpectedEnd);
         if (peek().kind != Tok::Name) fail(kInvalidGetParameter);
-        const std::optional<GetSelector> selector = selectorOf(lowerName(take().text));
-        if (!selector) raise(kInvalidGetParameter);
+        const std::u16string lower = lowerName(take().text);
+        const std::optional<GetSelector> selector = selectorOf(lower);
+        const GetAnswer* answer = selector ? nullptr : findGetAnswer(lower);
+        if (!selector && answer == nullptr) raise(kInvalidGetParameter);
         if (peek().kind == Tok::Semicolon) raise(kTooManyParameters);
         expectClose(Tok::RParen);
         NodePtr n = makeNode(NodeKind::Get);
-        n->selector = *selector;
+        n->selector = selector ? *selector : GetSelector::Answered;
+        n->answer = answer;
         return n;
     }
 

@@ -167,6 +167,17 @@ std::optional<std::vector<std::u16string>> Host::scriptNames(std::u16string_view
     return names;
 }
 
+void Host::setScriptResult(std::u16string_view file, Value result) {
+    std::lock_guard lock(mutex_);
+    if (auto f = findFileLocked(file)) f->scriptResult = std::move(result);
+}
+
+Value Host::scriptResult(std::u16string_view file) const {
+    std::lock_guard lock(mutex_);
+    auto f = findFileLocked(file);
+    return f ? f->scriptResult : Value{};
+}
+
 void Host::setExternalErrorDetail(std::u16string_view file, std::u16string detail) {
     std::lock_guard lock(mutex_);
     if (auto f = findFileLocked(file)) f->externalErrorDetail = std::move(detail);

@@ -96,6 +96,9 @@ public:
     // What Get ( LastExternalErrorDetail ) shows in a file; ignored for a file not open.
     void setExternalErrorDetail(std::u16string_view file, std::u16string detail);
     std::u16string externalErrorDetail(std::u16string_view file) const;
+    // What Get ( ScriptResult ) shows in a file: the result of its last script run.
+    void setScriptResult(std::u16string_view file, Value result);
+    Value scriptResult(std::u16string_view file) const;
     // "$$" variables of a file, and the "$" variables of calculations outside scripts. Both are
     // null when the file is not open.
     std::shared_ptr<Variables> fileGlobals(std::u16string_view file) const;
@@ -185,6 +188,7 @@ private:
         // current table (the last given one).
         std::vector<RecordChoice> records;
         std::u16string currentTable;
+        Value scriptResult;
     };
     // The table a field reference names, and the record to read: the chosen one or, with
     // rowid 0, the first.

@@ -3,6 +3,7 @@
 #include <exception>
 #include <mutex>
 
+#include "sim/core/encoding.h"
 #include "sim/core/handles.h"
 #include "sim/session/host.h"
 
@@ -69,16 +70,29 @@ std::u16string HostContext::scriptName() { return env_.scriptName; }
 
 std::u16string HostContext::lastExternalErrorDetail() { return host_.externalErrorDetail(file_); }
 
+Value HostContext::scriptResult() { return host_.scriptResult(file_); }
+
 std::optional<std::u16string> HostContext::executeSql(std::u16string_view query,
                                                       const std::vector<Value>& arguments,
                                                       std::u16string_view fieldSeparator,
                                                       std::u16string_view rowSeparator) {
+    std::u16string failure;
+    return executeSqlExplained(query, arguments, fieldSeparator, rowSeparator, failure);
+}
+
+std::optional<std::u16string> HostContext::executeSqlExplained(std::u16string_view query,
+                                                               const std::vector<Value>& arguments,
+                                                               std::u16string_view fieldSeparator,
+                                                               std::u16string_view rowSeparator,
+                                                               std::u16string& failure) {
+    failure.clear();
     const std::shared_ptr<Database> db = host_.database(file_);
     if (!db) return std::nullopt;
     std::u16string joined;
     std::string message;
     if (db->queryText(query, arguments, fieldSeparator, rowSeparator, joined,
                       Database::Access::ReadOnly, &message) != 0) {
+        failure = fromUtf8(message);
         if (env_.notes) env_.notes->sqlFailed(std::move(message));
         return std::nullopt;
     }

@@ -37,6 +37,12 @@ public:
     std::u16string applicationVersion() override;
     std::u16string scriptName() override;
     std::u16string lastExternalErrorDetail() override;
+    Value scriptResult() override;
+    std::optional<std::u16string> executeSqlExplained(std::u16string_view query,
+                                                      const std::vector<Value>& arguments,
+                                                      std::u16string_view fieldSeparator,
+                                                      std::u16string_view rowSeparator,
+                                                      std::u16string& failure) override;
     std::optional<std::u16string> executeSql(std::u16string_view query,
                                              const std::vector<Value>& arguments,
                                              std::u16string_view fieldSeparator,

@@ -79,6 +79,7 @@ ScriptRun Host::runScript(const ScriptRequest& request) {
     env.scriptParameter = Value::text(request.parameter);
     env.locals = std::make_shared<Variables>();
     calc::Result result = evaluate(calculation, env);
+    setScriptResult(request.file, result.value);
     run.result = std::move(result.value);
     run.error = result.error;
 
