@@ -254,7 +254,13 @@ std::optional<Number> angleFunction(MathFunction f, double x) {
             break;
     }
     if (!std::isfinite(r)) return std::nullopt;
-    return finish(decimal::digitsOf(r, 16));
+    // Sin, Cos and Tan keep the 15 digits a double holds exactly, so that the binary rounding of
+    // their argument never shows in a 16th digit: Sin ( Radians ( 30 ) ) is .5 and
+    // Tan ( Radians ( 45 ) ) is 1, as the reference prints them. The inverse functions and the
+    // conversions keep 16, enough for Degrees ( Atan ( 1 ) ) to come back to 45 exactly.
+    const bool periodic =
+        f == MathFunction::Sin || f == MathFunction::Cos || f == MathFunction::Tan;
+    return finish(decimal::digitsOf(r, periodic ? 15 : 16));
 }
 
 }  // namespace

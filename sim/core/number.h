@@ -98,7 +98,8 @@ enum class MathFunction {
     Radians
 };
 // nullopt outside the function's domain. Sqrt, Exp and the logarithms round to `places`
-// decimals; the angle functions (Sin to Radians) are binary, to 16 significant digits.
+// decimals; the angle functions (Sin to Radians) are binary: Sin, Cos and Tan to 15
+// significant digits, the others to 16.
 std::optional<Number> apply(MathFunction f, const Number& x, int places);
 std::optional<Number> power(const Number& base, const Number& exponent, int places);
 Number pi(int places);

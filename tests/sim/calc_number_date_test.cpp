@@ -245,13 +245,13 @@ TEST(CalcNumberDate, Financial) {
     });
 }
 
-// A variable's repetitions stand in for a repeating field's; other values have one repetition.
+// A variable's repetitions stand in for a repeating field's; numbers outside 1 .. 2^31-1 give empty.
 TEST(CalcNumberDate, Repetitions) {
     expectAll({
         {R"(Let ( [ $v[2] = "b" ; $v = "a" ] ; GetRepetition ( $v ; 2 ) & GetRepetition ( $v ; 1 ) & GetRepetition ( $v ; 3 ) ))",
          "ba"},
-        {"GetRepetition ( 5 + 1 ; 1 ) & GetRepetition ( 7 ; 2 ) & GetRepetition ( $v ; 0 )", "6"},
-        {R"(GetRepetition ( $$w ; 1e20 ) & GetRepetition ( 1 ; "" ) & Extend)", "16384"},
+        {"GetRepetition ( $v ; 0 ) & GetRepetition ( $v ; -1 )", ""},
+        {R"(GetRepetition ( $$w ; 1e20 ) & GetRepetition ( $$w ; "" ) & Extend)", "16384"},
     });
 }
 

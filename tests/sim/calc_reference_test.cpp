@@ -225,7 +225,6 @@ TEST(CalcReference, LogicalFunctions) {
         {R"x(IsValidExpression ( "1 +" ) & IsValidExpression ( "Length ( \"a\" )" ))x", "01"},
         {R"x(IsValidExpression ( "NoSuchFunction ( 1 )" ))x", "0"},
         {"GetRepetition ( $list ; 2 ) & GetRepetition ( $list ; 1 )", "second"},
-        {R"(GetRepetition ( "x" ; 1 ) & GetRepetition ( "x" ; 2 ))", "x"},
         {R"(Extend ( "a" ) & Last ( "b" ))", "ab"},
         {R"(Extend & " " & Extend ( Extend ))", "16384 16384"},
         {R"(ExecuteSQLe ( "SELECT 1" ; "" ; "" ))", "? ERROR: The query failed."},
