@@ -48,8 +48,26 @@ public:
 
     bool started() const { return pid_ > 0; }
 
+    // A little at a time, reading the echo in between: a terminal's input queue holds about 4 KB,
+    // and a long paste written at once loses what does not fit while fmsim is still echoing.
     void type(const std::string& keys) {
-        ASSERT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+        constexpr size_t kChunk = 256;
+        for (size_t at = 0; at < keys.size(); at += kChunk) {
+            const size_t n = std::min(kChunk, keys.size() - at);
+            ASSERT_EQ(write(master_, keys.data() + at, n), static_cast<ssize_t>(n));
+            if (at + n < keys.size()) readPending(20);
+        }
+    }
+
+    // Whatever fmsim has written within `ms` milliseconds.
+    void readPending(int ms) {
+        pollfd p{master_, POLLIN, 0};
+        while (poll(&p, 1, ms) > 0) {
+            char buffer[4096];
+            const ssize_t n = read(master_, buffer, sizeof buffer);
+            if (n <= 0) return;
+            seen_.append(buffer, static_cast<size_t>(n));
+        }
     }
 
     // Reads until `wanted` has appeared since the last wait (or a few seconds have passed);
