@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "sim/session/session.h"
 
@@ -27,6 +28,18 @@ inline sim::Session& session() {
 
 inline std::string_view bytesOf(const uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
+}
+
+// The input cut at byte 0x01 into at most `most` pieces; the last piece keeps any further cuts.
+inline std::vector<std::string_view> piecesOf(std::string_view input, std::size_t most) {
+    std::vector<std::string_view> out;
+    for (std::size_t start = 0;;) {
+        const std::size_t cut = input.find('\x01', start);
+        out.push_back(input.substr(start, cut == std::string_view::npos ? cut : cut - start));
+        if (cut == std::string_view::npos || out.size() == most) break;
+        start = cut + 1;
+    }
+    return out;
 }
 
 }  // namespace fuzz

@@ -13,21 +13,10 @@
 #include "sim/core/encoding.h"
 #include "sim/core/fonts.h"
 #include "sim/core/handles.h"
-#include "sim/session/env.h"
 #include "sim/core/text.h"
+#include "sim/session/env.h"
 
 namespace {
-
-std::vector<std::string_view> pieces(std::string_view input) {
-    std::vector<std::string_view> out;
-    for (size_t start = 0;;) {
-        const size_t cut = input.find('\x01', start);
-        out.push_back(input.substr(start, cut == std::string_view::npos ? cut : cut - start));
-        if (cut == std::string_view::npos || out.size() == 5) break;
-        start = cut + 1;
-    }
-    return out;
-}
 
 sim::Text styledText(std::string_view utf8, std::string_view program) {
     static const uint16_t fonts[] = {sim::fonts::idOf(u"Courier New"), sim::fonts::idOf(u"Ärial"),
@@ -62,7 +51,7 @@ sim::Text styledText(std::string_view utf8, std::string_view program) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     static const fmx::ExtPluginType getAsHTML =
         fuzz::session().host().findFunction(u"Ravelin_GetAsHTML")->function;
-    const std::vector<std::string_view> parts = pieces(fuzz::bytesOf(data, size));
+    const std::vector<std::string_view> parts = fuzz::piecesOf(fuzz::bytesOf(data, size), 5);
     const std::string_view program = parts.size() > 1 ? parts[1] : std::string_view();
     sim::Text text = styledText(parts[0], program);
 

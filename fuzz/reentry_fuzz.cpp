@@ -68,18 +68,6 @@ constexpr const char* kStarts[] = {
     "Ravelin_GetAsHTML ( \"$fz & \" & $fa )",
 };
 
-std::vector<std::string_view> pieces(std::string_view input) {
-    std::vector<std::string_view> out;
-    for (size_t start = 0;;) {
-        const size_t cut = input.find('\x01', start);
-        out.push_back(input.substr(start, cut == std::string_view::npos ? cut : cut - start));
-        if (cut == std::string_view::npos || out.size() == 5) break;
-        start = cut + 1;
-    }
-    out.resize(5);
-    return out;
-}
-
 std::u16string calculationText(std::string_view bytes) {
     std::string out;
     for (const char c : bytes) {
@@ -134,7 +122,8 @@ void fail(const char* what, const sim::EvalResult& r) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    const std::vector<std::string_view> parts = pieces(fuzz::bytesOf(data, size));
+    std::vector<std::string_view> parts = fuzz::piecesOf(fuzz::bytesOf(data, size), 5);
+    parts.resize(5);
     sim::Env env;
     env.file = fuzz::session().host().currentFile();
     env.locals = std::make_shared<sim::Variables>();

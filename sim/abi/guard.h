@@ -56,6 +56,18 @@ inline fmx::_fmxcpt& recordOr(fmx::_fmxcpt& record, fmx::_fmxcpt& spare) noexcep
     return addressOf(record) != nullptr ? record : spare;
 }
 
+// Runs a body that returns nothing; what it throws becomes the record's code.
+template <class Body>
+void runRecording(fmx::_fmxcpt& x, Body&& body) noexcept {
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        x.m_code = fmx::_fmxcpt::kBadAlloc;
+    } catch (...) {
+        x.m_code = fmx::_fmxcpt::kUnknown;
+    }
+}
+
 template <class R, class Body>
 R guardOr(const char* function, fmx::_fmxcpt& record, R fallback, Body&& body) noexcept {
     fmx::_fmxcpt spare;
@@ -79,13 +91,7 @@ auto guard(const char* function, fmx::_fmxcpt& record, Body&& body) noexcept {
         fmx::_fmxcpt spare;
         fmx::_fmxcpt& x = recordOr(record, spare);
         if (faults::shouldFail(function, x)) return;
-        try {
-            body();
-        } catch (const std::bad_alloc&) {
-            x.m_code = fmx::_fmxcpt::kBadAlloc;
-        } catch (...) {
-            x.m_code = fmx::_fmxcpt::kUnknown;
-        }
+        runRecording(x, body);
     } else {
         return guardOr<R>(function, record, R{}, std::forward<Body>(body));
     }
@@ -100,13 +106,7 @@ void guardRelease(const char* function, fmx::_fmxcpt& record, Body&& body) noexc
     fmx::_fmxcpt& x = recordOr(record, spare);
     fmx::_fmxcpt injected;
     const bool fails = faults::shouldFail(function, injected);
-    try {
-        body();
-    } catch (const std::bad_alloc&) {
-        x.m_code = fmx::_fmxcpt::kBadAlloc;
-    } catch (...) {
-        x.m_code = fmx::_fmxcpt::kUnknown;
-    }
+    runRecording(x, body);
     if (fails) x.m_code = injected.m_code;
 }
 

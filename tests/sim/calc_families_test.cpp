@@ -12,14 +12,7 @@ using calc_test::Case;
 using calc_test::run;
 using sim::fake::FakeContext;
 
-void expectAll(std::initializer_list<Case> cases) {
-    FakeContext context;
-    for (const Case& c : cases) {
-        const calc_test::Outcome out = run(context, c.calculation);
-        EXPECT_EQ(out.error, 0) << c.calculation;
-        EXPECT_EQ(out.text, c.expected) << c.calculation;
-    }
-}
+using calc_test::expectAll;
 
 TEST(CalcFamilies, ValueListsEndEachValueWithAReturn) {
     expectAll({

@@ -13,14 +13,7 @@ using calc_test::run;
 using sim::Type;
 using sim::fake::FakeContext;
 
-void expectAll(std::initializer_list<Case> cases) {
-    FakeContext context;
-    for (const Case& c : cases) {
-        const calc_test::Outcome out = run(context, c.calculation);
-        EXPECT_EQ(out.error, 0) << c.calculation;
-        EXPECT_EQ(out.text, c.expected) << c.calculation;
-    }
-}
+using calc_test::expectAll;
 
 struct TypedCase {
     const char* calculation;
@@ -245,7 +238,8 @@ TEST(CalcNumberDate, Financial) {
     });
 }
 
-// A variable's repetitions stand in for a repeating field's; numbers outside 1 .. 2^31-1 give empty.
+// A variable's repetitions stand in for a repeating field's; numbers outside 1 .. 2^31-1 give
+// empty.
 TEST(CalcNumberDate, Repetitions) {
     expectAll({
         {R"(Let ( [ $v[2] = "b" ; $v = "a" ] ; GetRepetition ( $v ; 2 ) & GetRepetition ( $v ; 1 ) & GetRepetition ( $v ; 3 ) ))",

@@ -1,6 +1,9 @@
 // Running calculations against the fake context, with UTF-8 in and out for readable tables.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -25,6 +28,16 @@ struct Case {
     const char* calculation;
     const char* expected;
 };
+
+// Each calculation, in a fresh fake context, gives its text without an error.
+inline void expectAll(std::initializer_list<Case> cases) {
+    sim::fake::FakeContext context;
+    for (const Case& c : cases) {
+        const Outcome out = run(context, c.calculation);
+        EXPECT_EQ(out.error, 0) << c.calculation;
+        EXPECT_EQ(out.text, c.expected) << c.calculation;
+    }
+}
 
 struct ErrorCase {
     const char* calculation;
