@@ -332,6 +332,113 @@ TEST_F(GetAsHTML, FontNamesCannotEndTheirContext) {
     html_test::expectFontFamilies(outputs);
 }
 
+// Cut points where the styles change: runs of one unit, a run at the very end, a style change
+// between the halves of a surrogate pair, neighbouring runs whose styles differ but give the same
+// CSS, and runs that go on over returns and changes of paragraph alignment.
+TEST_F(GetAsHTML, CutsWhereTheStylesChange) {
+    check({
+        {"runs of one unit, classes",
+         "Ravelin_GetAsHTML ( TextColor ( \"a\" ; RGB ( 255 ; 0 ; 0 ) ) & TextColor ( \"b\" ; RGB "
+         "( 0 ; 0 ; 255 ) ) & TextColor ( \"c\" ; RGB ( 255 ; 0 ; 0 ) ) & TextStyleAdd ( \"d\" ; "
+         "Bold ) & \"e\" & TextStyleAdd ( \"f\" ; Italic ) )",
+         "<style type=\"text/css\">\r.rvl { color:#ff0000; }\r.rvl1 { color:#0000ff; "
+         "}\r</style>\r<span class=\"rvl\">a</span><span class=\"rvl1\">b</span><span "
+         "class=\"rvl\">c</span><b>d</b>e<i>f</i>"},
+        {"runs of one unit, tags only",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( TextColor ( \"a\" ; RGB ( 255 ; 0 ; 0 ) ) ; Bold ) & "
+         "TextStyleAdd ( TextColor ( \"b\" ; RGB ( 0 ; 0 ; 255 ) ) ; Bold ) & TextStyleAdd ( \"c\" "
+         "; Bold ) & \"d\" & TextColor ( \"e\" ; RGB ( 1 ; 2 ; 3 ) ) & TextSize ( \"f\" ; 20 ) ; "
+         "\"all\" ; \"\" ; \"\" )",
+         "<b>abc</b>def",
+         "Merging 2 fragments: 'a' + 'b' \nMerging 2 fragments: 'ab' + 'c' \nMerging 2 fragments: "
+         "'d' + 'e' \nMerging 2 fragments: 'de' + 'f' \n"},
+        {"a run of one unit at the very end",
+         "Ravelin_GetAsHTML ( \"abc\" & TextColor ( \"d\" ; RGB ( 1 ; 2 ; 3 ) ) ; \"\" ; \"\" ; "
+         "\"all\" )",
+         "abc<span style=\"color:#010203;\">d</span>"},
+        {"a run at the end joined by merging",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"ab\" ; Bold ) & TextStyleAdd ( TextColor ( \"c\" ; "
+         "RGB ( 9 ; 9 ; 9 ) ) ; Bold ) ; \"all\" ; \"\" ; \"\" )",
+         "<b>abc</b>", "Merging 2 fragments: 'ab' + 'c' \n"},
+        {"a run at the end after a return",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"ab\" ; Bold ) & ¶ & TextFont ( \"c\" ; \"Georgia\" "
+         ") )",
+         "<style type=\"text/css\">\r.rvl { font-family:Georgia; }\r</style>\r<b>ab</b><span "
+         "class=\"rvl\">c</span>"},
+        {"a style change inside a surrogate pair",
+         "Let ( e = \"😀\" ; Ravelin_GetAsHTML ( \"x\" & TextColor ( Left ( e ; 1 ) ; RGB ( 255 ; 0 "
+         "; 0 ) ) & "
+         "Right ( e ; 1 ) & \"y\" ; \"\" ; \"\" ; \"all\" ) )",
+         "x<span style=\"color:#ff0000;\">\uFFFD</span>\uFFFDy"},
+        {"a surrogate pair split by a joined run",
+         "Let ( e = \"😀\" ; Ravelin_GetAsHTML ( TextStyleAdd ( \"a\" & Left ( e ; 1 ) ; Bold ) & "
+         "TextStyleAdd ( "
+         "TextColor ( Right ( e ; 1 ) & \"b\" ; RGB ( 0 ; 128 ; 0 ) ) ; Bold ) ; \"all\" ; \"\" ; "
+         "\"\" ) )",
+         "<b>a😀b</b>", "Merging 2 fragments: 'a' + 'b' \n"},
+        {"underline and word underline on a space",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"a\" ; Underline ) & TextStyleAdd ( \" \" ; "
+         "WordUnderline ) & TextStyleAdd ( \"b c\" ; WordUnderline ) & \"d\" ; \"\" ; \"\" ; "
+         "\"all\" )",
+         "<span style=\"text-decoration:underline;\">a </span>b<span "
+         "style=\"text-decoration:underline;\"> </span>cd"},
+        {"word underline next to plain bold",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"x\" ; Bold ) & TextStyleAdd ( \"y z\" ; Bold + "
+         "WordUnderline ) & TextStyleAdd ( \"w\" ; Bold ) )",
+         "<b>xy</b><b><u> </u></b><b>zw</b>"},
+        {"plain face next to no style",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"ab\" ; Plain ) & \"cd\" & TextStyleAdd ( "
+         "TextStyleRemove ( TextStyleAdd ( \"ef\" ; Bold ) ; Bold ) ; Italic ) )",
+         "abcd<i>ef</i>"},
+        {"a style removed again",
+         "Ravelin_GetAsHTML ( TextStyleRemove ( TextStyleAdd ( \"ab\" ; Italic ) ; Italic ) & "
+         "\"cd\" & TextColor ( \"e\" ; RGB ( 0 ; 0 ; 0 ) ) ; \"\" ; \"\" ; \"all\" )",
+         "abcd<span style=\"color:#000000;\">e</span>"},
+        {"one run over two paragraphs of other alignments",
+         "Let ( $t = TextStyleAdd ( FMSim_TextAlign ( \"one\" ; \"right\" ) & ¶ & FMSim_TextAlign "
+         "( \"two\" ; \"center\" ) & ¶ & \"three\" ; Bold ) ; Ravelin_GetAsHTML ( \"$t\" ) )",
+         "<style type=\"text/css\">\r.rvl { text-align:right; }\r.rvl1 { text-align:center; "
+         "}\r</style>\r<p class=\"rvl\"><b>one</b></p>\r<p "
+         "class=\"rvl1\"><b>two</b></p>\r<b>three</b>"},
+        {"one run over two paragraphs, inline",
+         "Let ( $t = TextColor ( FMSim_TextAlign ( \"one\" ; \"full\" ) & ¶ & FMSim_TextAlign ( "
+         "\"two\" ; \"right\" ) ; RGB ( 0 ; 0 ; 255 ) ) ; Ravelin_GetAsHTML ( "
+         "\"$t\" ; \"\" ; \"\" ; \"all\" ) )",
+         "<p style=\"color:#0000ff;text-align:justify;\">one</p>\r<p "
+         "style=\"color:#0000ff;text-align:right;\">two</p>\r"},
+        {"one run over returns of a plain source",
+         "Ravelin_GetAsHTML ( TextColor ( \"ab¶cd\" ; RGB ( 255 ; 0 ; 0 ) ) & \"¶\" & TextColor ( "
+         "\"e\" ; RGB ( 255 ; 0 ; 0 ) ) )",
+         "<style type=\"text/css\">\r.rvl { color:#ff0000; }\r</style>\r<span "
+         "class=\"rvl\">ab</span><span class=\"rvl\">cd</span><span class=\"rvl\">e</span>"},
+        {"joins across paragraphs stay apart",
+         "Ravelin_GetAsHTML ( TextStyleAdd ( \"a\" ; Bold ) & TextStyleAdd ( TextColor ( \"b¶c\" ; "
+         "RGB ( 1 ; 1 ; 1 ) ) ; Bold ) & TextStyleAdd ( \"d\" ; Bold ) ; \"all\" ; \"\" ; "
+         "\"\" )",
+         "<b>ab</b><b>cd</b>",
+         "Merging 2 fragments: 'a' + 'b' \nMerging 2 fragments: 'c' + 'd' \n"},
+    });
+}
+
+// Thousands of fragments joined across the batches they are made in: every join is counted,
+// the first thousand traced.
+TEST_F(GetAsHTML, JoinsManyFragmentsAcrossBatches) {
+    ::testing::internal::CaptureStdout();
+    const sim::EvalResult r = session_->eval(
+        "Let ( [ p = TextStyleAdd ( \"a\" ; Bold ) & TextStyleAdd ( TextColor ( \"b\" ; RGB ( 1 ; "
+        "1 "
+        "; 1 ) ) ; Bold ) & TextStyleAdd ( \"c\" ; Italic ) ; t = While ( [ s = p ; i = 0 ] ; i < "
+        "11 ; [ s = s & s ; i = i + 1 ] ; s ) ] ; Ravelin_GetAsHTML ( t ; \"all\" ; \"\" ; \"\" ) "
+        ")");
+    const std::string trace = ::testing::internal::GetCapturedStdout();
+    std::string html;
+    std::string lines;
+    for (int i = 0; i < 2048; ++i) html += "<b>ab</b><i>c</i>";
+    for (int i = 0; i < 1000; ++i) lines += "Merging 2 fragments: 'a' + 'b' \n";
+    EXPECT_EQ(r.text, html);
+    EXPECT_EQ(trace, lines + "Merging fragments: 1048 further joins not traced \n");
+}
+
 // A server converts on many threads at once, each with its own variables; the generated classes
 // of one call never reach another.
 TEST_F(GetAsHTML, ConvertsOnManyThreadsAtOnce) {
