@@ -11,22 +11,18 @@ namespace {
 template <class T>
 using Spans = std::vector<Text::Span<T>>;
 
-// Index of the span holding `pos`; spans must not be empty. Plug-ins read styles character by
-// character, so the span found last on this thread (or the one after it) is tried first; the
-// hint is checked against the spans themselves, so a stale one only costs the search.
+// Index of the span holding `pos`: the last span starting at or before it. Spans must not be
+// empty and the first starts at 0.
 template <class T>
 size_t spanIndex(const Spans<T>& spans, uint32_t pos) {
-    thread_local size_t hint = 0;
-    for (size_t i = hint; i < spans.size() && i <= hint + 1; ++i) {
-        if (spans[i].start <= pos && (i + 1 == spans.size() || pos < spans[i + 1].start)) {
-            hint = i;
-            return i;
-        }
+    size_t low = 0;  // spans[low].start <= pos
+    size_t count = spans.size();
+    while (count > 1) {
+        const size_t half = count / 2;
+        if (spans[low + half].start <= pos) low += half;
+        count -= half;
     }
-    auto it = std::upper_bound(spans.begin(), spans.end(), pos,
-                               [](uint32_t p, const Text::Span<T>& s) { return p < s.start; });
-    hint = static_cast<size_t>(it - spans.begin()) - 1;
-    return hint;
+    return low;
 }
 
 template <class T>
@@ -296,14 +292,33 @@ void Text::replaceUnits(std::u16string_view units) {
 }
 
 CharStyle Text::styleAt(uint32_t pos) const {
-    if (empty()) return CharStyle{};
-    return valueAt(runs(), std::min(pos, size() - 1));
+    const auto& r = runs();
+    if (r.empty()) return CharStyle{};
+    // Past the last run's start the answer is that run, when the text is not empty.
+    if (pos >= r.back().start) return empty() ? CharStyle{} : r.back().value;
+    return r[runIndex(pos)].value;
+}
+
+size_t Text::runIndex(uint32_t pos) const {
+    const auto& r = styles_->runs;
+    const size_t i = styles_->lastRun.get();
+    // pos lies before the last run's start, so a run holding it has a successor.
+    if (i < r.size() && r[i].start <= pos) {
+        if (pos < r[i + 1].start) return i;
+        if (pos < r[i + 2].start) {
+            styles_->lastRun.set(i + 1);
+            return i + 1;
+        }
+    }
+    const size_t found = spanIndex(r, pos);
+    styles_->lastRun.set(found);
+    return found;
 }
 
 uint32_t Text::runEnd(uint32_t pos) const {
     if (pos >= size() || runs().empty()) return size();
-    const size_t i = spanIndex(runs(), pos);
-    return i + 1 < runs().size() ? runs()[i + 1].start : size();
+    if (pos >= runs().back().start) return size();
+    return runs()[runIndex(pos) + 1].start;
 }
 
 void Text::setStyle(const CharStyle& style, uint32_t pos, uint32_t len) {

@@ -2,6 +2,8 @@
 // per-paragraph alignment. Positions and sizes count UTF-16 units.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -30,7 +32,22 @@ struct CharStyle {
     bool colorOn = false;
 
     bool allDisabled() const { return !fontOn && !sizeOn && !colorOn && faceMask == 0; }
-    friend bool operator==(const CharStyle&, const CharStyle&) = default;
+    // Every field, packed into two words: plug-ins compare styles once per character.
+    friend bool operator==(const CharStyle& a, const CharStyle& b) {
+        return a.packedValues() == b.packedValues() &&
+               a.packedColorAndFlags() == b.packedColorAndFlags();
+    }
+
+private:
+    uint64_t packedValues() const {
+        return uint64_t{font} | uint64_t{face} << 16 | uint64_t{faceMask} << 32 |
+               uint64_t{size} << 48;
+    }
+    uint64_t packedColorAndFlags() const {
+        return uint64_t{color.red} | uint64_t{color.green} << 8 | uint64_t{color.blue} << 16 |
+               uint64_t{color.alpha} << 24 | uint64_t{fontOn} << 32 | uint64_t{sizeOn} << 33 |
+               uint64_t{colorOn} << 34;
+    }
 };
 
 enum class Alignment : uint8_t { None, Left, Center, Right, Full };
@@ -96,10 +113,26 @@ private:
     // Span lists are sorted by start, the first at 0, neighbours differ. An empty run list means
     // all traits disabled; an empty alignment list means None everywhere (a paragraph takes the
     // value of its first character).
+    // The run found last, tried first (with the one after it): plug-ins read styles position by
+    // position. Threads reading one text may share it, hence atomic; a stale hint costs the search.
+    class RunHint {
+    public:
+        RunHint() = default;
+        RunHint(const RunHint&) noexcept {}
+        RunHint& operator=(const RunHint&) noexcept { return *this; }
+        size_t get() const { return index_.load(std::memory_order_relaxed); }
+        void set(size_t index) const { index_.store(index, std::memory_order_relaxed); }
+
+    private:
+        mutable std::atomic<size_t> index_{0};
+    };
     struct Styles {
         std::vector<Span<CharStyle>> runs;
         std::vector<Span<Alignment>> paras;
+        RunHint lastRun;
     };
+    // Index of the run holding `pos` (runs not empty, pos before the last run's start).
+    size_t runIndex(uint32_t pos) const;
     const std::vector<Span<CharStyle>>& runs() const;
     const std::vector<Span<Alignment>>& paras() const;
     Styles& styles();  // made on the first change that may style the text
