@@ -107,13 +107,17 @@ void cFragment::getText(fmx::Text& text) const {
 }
 
 std::string cFragment::traceText(size_t maxUnits) const {
-    size_t shown = std::min(chars_.size(), maxUnits);
+    return html::traceText(chars_, maxUnits);
+}
+
+std::string traceText(std::u16string_view units, size_t maxUnits) {
+    size_t shown = std::min(units.size(), maxUnits);
     // A cut never separates the two halves of a surrogate pair.
-    if (shown < chars_.size() && shown > 0 && isLowSurrogate(chars_[shown])) --shown;
+    if (shown < units.size() && shown > 0 && isLowSurrogate(units[shown])) --shown;
     std::string out;
-    for (size_t i = 0; i < shown; ++i) appendTraceChar(chars_[i], out);
+    for (size_t i = 0; i < shown; ++i) appendTraceChar(units[i], out);
     // Counted as the host's Length counts: a character outside the BMP counts 2.
-    if (shown < chars_.size()) out += "... (" + std::to_string(chars_.size()) + " characters)";
+    if (shown < units.size()) out += "... (" + std::to_string(units.size()) + " characters)";
     return out;
 }
 
@@ -282,7 +286,9 @@ size_t StyleCache::lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fm
     Key key{~uint64_t{0}, 0};
     face = 0;
     if (!style.IsAllDisabled()) {
-        face = style.GetFace();
+        fmx::CharacterStyle::FontID font = 0;
+        fmx::CharacterStyle::FontSize fontSize = 0;
+        style.GetFontInformation(font, face, fontSize);
         // Only word underline tells a space from another character.
         const bool spaceCounts = has(face, kWordUnderline) && isSpaceChar;
         const bool colorOn = style.IsColorEnabled();
@@ -292,16 +298,17 @@ size_t StyleCache::lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fm
             rgb = uint64_t{c.GetRed()} << 16 | uint64_t{c.GetGreen()} << 8 | c.GetBlue();
         }
         const bool sizeOn = style.IsSizeEnabled();
-        const uint32_t size = sizeOn ? style.GetSize() : 0;
+        const uint32_t size = sizeOn ? fontSize : 0;
         key.traits = uint64_t{face} | uint64_t{spaceCounts} << 16 | uint64_t{colorOn} << 17 |
                      rgb << 18 | uint64_t{sizeOn} << 42;
-        key.fontAndSize = uint32_t{style.GetFont()} | size << 16;
+        key.fontAndSize = uint32_t{font} | size << 16;
     }
     auto [it, added] = index_.try_emplace(key, entries_.size());
     if (added) {
         Entry e;
         e.formattings = formattingsFromStyle(style, isSpaceChar, *this);
         e.css = serialize_CSS(CSSFromFormattings(e.formattings), "");
+        e.cssId = cssIds_.try_emplace(e.css, cssIds_.size()).first->second;
         entries_.push_back(std::move(e));
     }
     return it->second;
@@ -325,26 +332,28 @@ FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 t
     cuts.units.resize(to - from);
     text.GetUnicode(cuts.units.data(), from, to - from);
 
+    // The style read last and the one before it: swapped, never copied.
     fmx::CharacterStyleUniquePtr style;
     fmx::CharacterStyleUniquePtr previous;
     fmx::uint16 previousFace = 0;
     bool previousSpace = false;
-    for (size_t i = 0; i < cuts.units.size(); ++i) {
+    size_t currentCss = 0;  // the CSS of the fragment being cut
+    const size_t count = cuts.units.size();
+    for (size_t i = 0; i < count; ++i) {
         const bool space = cuts.units[i] == u' ';
         text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
         // A character styled as the one before has its formatting set, and so its CSS; only
         // word underline tells spaces from other characters.
-        const bool sameStyle = !cuts.starts.empty() && *style == *previous &&
+        const bool sameStyle = i > 0 && *style == *previous &&
                                (!has(previousFace, kWordUnderline) || space == previousSpace);
         previousSpace = space;
         if (sameStyle) continue;
         const size_t index = cache.lookup(*style, space, previousFace);
-        previous->Assign(*style);
+        style.swap(previous);
         // Equal CSS text continues the fragment, which keeps its first character's formatting.
-        if (!cuts.starts.empty()) {
-            const size_t current = cuts.starts.back().styleIndex;
-            if (index == current || cache.entry(index).css == cache.entry(current).css) continue;
-        }
+        const size_t css = cache.entry(index).cssId;
+        if (i > 0 && css == currentCss) continue;
+        currentCss = css;
         cuts.starts.push_back({i, index});
     }
     return cuts;
@@ -387,13 +396,17 @@ bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b) {
 }
 
 void MergeTrace::join(const cFragment& first, const cFragment& second) {
+    join(first.chars_, second.chars_);
+}
+
+void MergeTrace::join(std::u16string_view first, std::u16string_view second) {
     if (lines_ == kMaxLines) {
         ++untraced_;
         return;
     }
     ++lines_;
-    const std::string line = "Merging 2 fragments: '" + first.traceText(kFragmentUnits) + "' + '" +
-                             second.traceText(kFragmentUnits) + "' \n";
+    const std::string line = "Merging 2 fragments: '" + traceText(first, kFragmentUnits) + "' + '" +
+                             traceText(second, kFragmentUnits) + "' \n";
     std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 

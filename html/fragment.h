@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -91,6 +92,7 @@ public:
     struct Entry {
         Formattings formattings;
         std::string css;
+        size_t cssId = 0;  // equal for entries of equal CSS text
     };
 
     explicit StyleCache(const fmx::ExprEnv& env) : env_(env) {}
@@ -118,6 +120,7 @@ private:
     std::optional<fmx::DataUniquePtr> data_;
     std::map<fmx::CharacterStyle::FontID, std::string> fontNames_;
     std::unordered_map<Key, size_t, KeyHash> index_;
+    std::unordered_map<std::string, size_t> cssIds_;
     std::vector<Entry> entries_;
 };
 
@@ -157,6 +160,9 @@ std::vector<cFragment> fragmentsOf(const FragmentCuts& cuts, size_t first, size_
 std::vector<cFragment> extractFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
                                         StyleCache& cache);
 
+// Characters as the merge trace shows them (see cFragment::traceText).
+std::string traceText(std::u16string_view units, size_t maxUnits);
+
 bool fragmentsHaveEqualAppearance(const cFragment& a, const cFragment& b);
 
 // The merge trace of one conversion on standard output, one line per join, kept small whatever
@@ -168,6 +174,8 @@ public:
     static constexpr size_t kMaxLines = 1000;
 
     void join(const cFragment& first, const cFragment& second);
+    // The same for fragments given by their characters.
+    void join(std::u16string_view first, std::u16string_view second);
     void finish();
 
 private:

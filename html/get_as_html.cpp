@@ -148,28 +148,56 @@ std::string paragraphAlignment(const std::string& alignment) {
     return alignment == "left" ? "none" : alignment;
 }
 
-// A paragraph without element has no escalation, which needs all its fragments at once: its
-// fragments are made, processed, merged and written a batch at a time, the last of each batch
-// held back for merging with the next, so that memory stays small for long texts. The result is
-// that of transformRichtextToHTML with alignment "none".
+// Tags, class names and inline style, each length-prefixed: equal keys, equal appearance.
+std::string appearanceKey(const cFragment& f) {
+    std::string key;
+    auto add = [&](const std::string& s) {
+        key += std::to_string(s.size());
+        key += ':';
+        key += s;
+    };
+    for (const std::string& tag : f.tags_) add(tag);
+    key += '|';
+    for (const std::string& name : f.classes_) add(name);
+    key += '|';
+    for (const auto& [property, value] : f.inlineCSS_) {
+        add(property);
+        add(value);
+    }
+    return key;
+}
+
+// A paragraph without element has no escalation, so its fragments need not be made at all: each
+// run of cuts whose styles have equal appearance is one merged fragment, written as it ends. The
+// result, trace included, is that of transformRichtextToHTML with alignment "none".
 void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32 to,
                           const ParamVector& tags, const ParamVector& classes,
                           const ParamVector& styles, Conversion& conversion, std::u16string& body) {
-    constexpr size_t kBatch = 4096;
     const FragmentCuts cuts = cutFragments(source, from, to, conversion.styleCache);
-    Paragraph bare;
-    std::vector<cFragment> held;
-    for (size_t first = 0; first < cuts.starts.size(); first += kBatch) {
-        std::vector<cFragment> batch =
-            fragmentsOf(cuts, first, std::min(first + kBatch, cuts.starts.size()));
-        fragmentsPostProcessing(batch, conversion, tags, classes, styles);
-        if (!held.empty()) batch.insert(batch.begin(), std::move(held.front()));
-        mergeFragments(batch, conversion.trace);
-        held.assign(std::make_move_iterator(batch.end() - 1), std::make_move_iterator(batch.end()));
-        batch.pop_back();
-        produceHTMLfromFragments(bare, batch, body);
+    const std::u16string_view units(reinterpret_cast<const char16_t*>(cuts.units.data()),
+                                    cuts.units.size());
+    const ProcessedStyle* merged = nullptr;  // the style of the fragment being merged
+    size_t mergedFrom = 0;
+    auto write = [&](size_t end) {
+        body += merged->markup.open;
+        addEntitiesAndFixEndlines(units.substr(mergedFrom, end - mergedFrom), body);
+        body += merged->markup.close;
+    };
+    for (size_t k = 0; k < cuts.starts.size(); ++k) {
+        const size_t at = cuts.starts[k].at;
+        const ProcessedStyle& p =
+            processedStyle(cuts.starts[k].styleIndex, conversion, tags, classes, styles);
+        if (merged != nullptr && p.appearance == merged->appearance) {
+            const size_t end = k + 1 < cuts.starts.size() ? cuts.starts[k + 1].at : units.size();
+            conversion.trace.join(units.substr(mergedFrom, at - mergedFrom),
+                                  units.substr(at, end - at));
+            continue;
+        }
+        if (merged != nullptr) write(at);
+        merged = &p;
+        mergedFrom = at;
     }
-    produceHTMLfromFragments(bare, held, body);
+    if (merged != nullptr) write(units.size());
 }
 
 void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
@@ -318,8 +346,18 @@ std::string createTag(const std::string& tag, const cFragment& fragment) {
     return out + ">";
 }
 
-void addEntitiesAndFixEndlines(const std::u16string& text, std::u16string& out) {
-    for (char16_t c : text) {
+// The text between characters that need escaping is copied whole.
+void addEntitiesAndFixEndlines(std::u16string_view text, std::u16string& out) {
+    auto plain = [](char16_t c) {
+        return c > u'>' ? c != u'\u00A0' && c != u'\u2028'
+                        : c != u'<' && c != u'>' && c != u'&' && c != u'\n';
+    };
+    size_t from = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i];
+        if (plain(c)) continue;
+        out.append(text.substr(from, i - from));
+        from = i + 1;
         switch (c) {
             case u'<':
                 out += u"&lt;";
@@ -338,9 +376,10 @@ void addEntitiesAndFixEndlines(const std::u16string& text, std::u16string& out) 
                 out += u"&nbsp;";
                 break;
             default:
-                out.push_back(c);
+                break;
         }
     }
+    out.append(text.substr(from));
 }
 
 void produceHTMLfromFragments(Paragraph& paragraph, std::vector<cFragment>& fragments,
@@ -386,24 +425,35 @@ void appendCssClasses(const ClassMap& classMap, const std::string& lead, std::u1
 void fragmentsPostProcessing(std::vector<cFragment>& fragments, Conversion& conversion,
                              const ParamVector& tags, const ParamVector& classes,
                              const ParamVector& styles) {
-    if (conversion.processed.size() < conversion.styleCache.size()) {
+    for (cFragment& f : fragments) {
+        const ProcessedStyle& done =
+            processedStyle(f.styleIndex_, conversion, tags, classes, styles);
+        f.tags_ = done.tags;
+        f.classes_ = done.classes;
+        f.inlineCSS_ = done.inlineCSS;
+        f.formattings_ = done.remaining;
+        f.markup_ = &done.markup;
+    }
+}
+
+const ProcessedStyle& processedStyle(size_t styleIndex, Conversion& conversion,
+                                     const ParamVector& tags, const ParamVector& classes,
+                                     const ParamVector& styles) {
+    if (conversion.processed.size() <= styleIndex) {
         conversion.processed.resize(conversion.styleCache.size());
     }
-    for (cFragment& f : fragments) {
-        std::unique_ptr<ProcessedStyle>& done = conversion.processed[f.styleIndex_];
-        if (!done) {
-            f.formattings_ = conversion.styleCache.entry(f.styleIndex_).formattings;
-            processFormattings(f, conversion.classMap, tags, classes, styles);
-            done = std::make_unique<ProcessedStyle>(
-                ProcessedStyle{f.tags_, f.classes_, f.inlineCSS_, f.formattings_, markupOf(f)});
-        } else {
-            f.tags_ = done->tags;
-            f.classes_ = done->classes;
-            f.inlineCSS_ = done->inlineCSS;
-            f.formattings_ = done->remaining;
-        }
-        f.markup_ = &done->markup;
+    std::unique_ptr<ProcessedStyle>& done = conversion.processed[styleIndex];
+    if (!done) {
+        cFragment f;
+        f.formattings_ = conversion.styleCache.entry(styleIndex).formattings;
+        processFormattings(f, conversion.classMap, tags, classes, styles);
+        const size_t appearance =
+            conversion.appearances.try_emplace(appearanceKey(f), conversion.appearances.size())
+                .first->second;
+        done = std::make_unique<ProcessedStyle>(ProcessedStyle{
+            f.tags_, f.classes_, f.inlineCSS_, f.formattings_, markupOf(f), appearance});
     }
+    return *done;
 }
 
 void transformRichtextToHTML(const std::string& alignment, const ParamVector& tags,

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "host/fmx.h"
@@ -28,14 +30,23 @@ struct ProcessedStyle {
     CSSMap inlineCSS;
     Formattings remaining;
     FragmentMarkup markup;
+    // Equal for styles whose fragments have equal appearance (tags, classes, inline style).
+    size_t appearance = 0;
 };
 struct Conversion {
     explicit Conversion(const fmx::ExprEnv& env) : styleCache(env) {}
     ClassMap classMap;
     StyleCache styleCache;
     std::vector<std::unique_ptr<ProcessedStyle>> processed;  // by style index
+    std::unordered_map<std::string, size_t> appearances;     // by appearanceKey
     MergeTrace trace;
 };
+
+// The outcome of per-fragment processing for a fragment starting with style `styleIndex`,
+// made on the style's first use.
+const ProcessedStyle& processedStyle(size_t styleIndex, Conversion& conversion,
+                                     const ParamVector& tags, const ParamVector& classes,
+                                     const ParamVector& styles);
 
 // Tags, classes and inline style of each fragment (cut with the conversion's style cache).
 void fragmentsPostProcessing(std::vector<cFragment>& fragments, Conversion& conversion,
@@ -54,7 +65,7 @@ Paragraph createParagraphFragment(const std::string& alignment, const ParamVecto
 
 // "<tag class=\"...\" style=\"...\">" for a fragment's first tag or a paragraph.
 std::string createTag(const std::string& tag, const cFragment& fragment);
-void addEntitiesAndFixEndlines(const std::u16string& text, std::u16string& out);
+void addEntitiesAndFixEndlines(std::u16string_view text, std::u16string& out);
 void produceHTMLfromFragments(Paragraph& paragraph, std::vector<cFragment>& fragments,
                               std::u16string& body);
 void appendCssClasses(const ClassMap& classMap, const std::string& lead, std::u16string& result);
