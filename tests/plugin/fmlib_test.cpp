@@ -97,6 +97,30 @@ TEST_F(Fmlib, Utf8IsCutAtTwoBytesPerUnit) {
     }
 }
 
+// A 1024-byte buffer holds 1023 bytes and the terminator. The substitute host writes whole
+// characters only, so one that straddles the cut is left out whole.
+TEST_F(Fmlib, NativeBytesAreCutAtTheBuffer) {
+    const std::u16string a1022(1022, u'a');
+    const struct {
+        std::u16string text;
+        std::string bytes;
+    } cases[] = {
+        {u"", ""},
+        {u"h\u00E9", "h\xC3\xA9"},
+        {std::u16string(1023, u'x'), std::string(1023, 'x')},
+        {std::u16string(1024, u'x'), std::string(1023, 'x')},
+        {std::u16string(2000, u'x'), std::string(1023, 'x')},
+        {a1022 + u"\u00E9", std::string(1022, 'a')},
+        {a1022 + u"\u20AC", std::string(1022, 'a')},
+        {std::u16string(u"ab\0cd", 5), "ab"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(fmlib::NativeBytesCut(*makeText(c.text), 1024), c.bytes) << c.text.size();
+    }
+    EXPECT_EQ(fmlib::NativeBytesCut(*makeText(u"abc"), 1), "");
+    EXPECT_EQ(fmlib::NativeBytesCut(*makeText(u"abc"), 0), "");
+}
+
 TEST_F(Fmlib, WideAndUtf16Strings) {
     const std::u16string emoji = u"a\U0001F600";
     EXPECT_EQ(fmlib::WStringFromFMText(*makeText(emoji)), (std::wstring{L'a', 0xD83D, 0xDE00}));
