@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fmlib/convert.h"
@@ -46,10 +47,26 @@ TEST(Explode, PieceRules) {
     const struct {
         std::string in;
         Pieces out;
+        Pieces emptyLastKept;
     } cases[] = {
-        {"a,,b,", {"a", "", "b"}}, {"", {}}, {",", {""}}, {"a", {"a"}}, {",a", {"", "a"}},
+        {"a,,b,", {"a", "", "b"}, {"a", "", "b", ""}},
+        {"", {}, {""}},
+        {",", {""}, {"", ""}},
+        {"a", {"a"}, {"a"}},
+        {",a", {"", "a"}, {"", "a"}},
     };
-    for (const auto& c : cases) EXPECT_EQ(explode(c.in, ','), c.out) << c.in;
+    for (const auto& c : cases) {
+        EXPECT_EQ(explode(c.in, ','), c.out) << c.in;
+        Pieces kept;
+        fmlib::eachPiece(
+            c.in, ',',
+            [&](std::string_view piece) {
+                kept.emplace_back(piece);
+                return true;
+            },
+            fmlib::EmptyLastPiece::kKept);
+        EXPECT_EQ(kept, c.emptyLastKept) << c.in;
+    }
 }
 
 // The two rules for broken UTF-8 differ where the HTML route lets a form through; UTF-16 back
