@@ -107,6 +107,8 @@ fmx::errcode body::Ravelin_ExecuteSQL(const fmx::ExprEnv& env, const rvl::Argume
 
     JoinedUnits joined;
     joinRows(*rows, fieldSeparator, recordSeparator, joined);
+    // The host's rows are no longer needed: let them go before the joined text is copied.
+    rows.reset();
     fmx::TextUniquePtr output;
     output->AssignUnicodeWithLength(reinterpret_cast<const fmx::uint16*>(joined.data()),
                                     static_cast<fmx::uint32>(joined.size()));
