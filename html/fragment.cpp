@@ -324,23 +324,17 @@ Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 positi
     return formattingsFromStyle(*style, isSpace(*one), cache);
 }
 
-FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
-                          StyleCache& cache) {
-    FragmentCuts cuts;
-    cuts.from = from;
-    if (from >= to) return cuts;
-    cuts.units.resize(to - from);
-    text.GetUnicode(cuts.units.data(), from, to - from);
-
+std::vector<FragmentCuts::Start> cutStarts(const fmx::Text& text, fmx::uint32 from,
+                                           std::u16string_view units, StyleCache& cache) {
+    std::vector<FragmentCuts::Start> starts;
     // The style read last and the one before it: swapped, never copied.
     fmx::CharacterStyleUniquePtr style;
     fmx::CharacterStyleUniquePtr previous;
     fmx::uint16 previousFace = 0;
     bool previousSpace = false;
     size_t currentCss = 0;  // the CSS of the fragment being cut
-    const size_t count = cuts.units.size();
-    for (size_t i = 0; i < count; ++i) {
-        const bool space = cuts.units[i] == u' ';
+    for (size_t i = 0; i < units.size(); ++i) {
+        const bool space = units[i] == u' ';
         text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
         // A character styled as the one before has its formatting set, and so its CSS; only
         // word underline tells spaces from other characters.
@@ -354,8 +348,20 @@ FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 t
         const size_t css = cache.entry(index).cssId;
         if (i > 0 && css == currentCss) continue;
         currentCss = css;
-        cuts.starts.push_back({i, index});
+        starts.push_back({i, index});
     }
+    return starts;
+}
+
+FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
+                          StyleCache& cache) {
+    FragmentCuts cuts;
+    cuts.from = from;
+    if (from >= to) return cuts;
+    std::u16string units(to - from, u'\0');
+    text.GetUnicode(reinterpret_cast<fmx::uint16*>(units.data()), from, to - from);
+    cuts.units.assign(units.begin(), units.end());
+    cuts.starts = cutStarts(text, from, units, cache);
     return cuts;
 }
 

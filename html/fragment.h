@@ -153,6 +153,9 @@ struct FragmentCuts {
 };
 FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,
                           StyleCache& cache);
+// The fragment starts alone, for `units`, the units of `text` from `from` on, read already.
+std::vector<FragmentCuts::Start> cutStarts(const fmx::Text& text, fmx::uint32 from,
+                                           std::u16string_view units, StyleCache& cache);
 // Fragments first to last (exclusive) of the cuts, each with its styleIndex_ only.
 std::vector<cFragment> fragmentsOf(const FragmentCuts& cuts, size_t first, size_t last);
 

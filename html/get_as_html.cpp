@@ -169,13 +169,13 @@ std::string appearanceKey(const cFragment& f) {
 
 // A paragraph without element has no escalation, so its fragments need not be made at all: each
 // run of cuts whose styles have equal appearance is one merged fragment, written as it ends. The
-// result, trace included, is that of transformRichtextToHTML with alignment "none".
-void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32 to,
+// result, trace included, is that of transformRichtextToHTML with alignment "none". `units` are
+// the paragraph's units, from `from` on in `source`.
+void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, std::u16string_view units,
                           const ParamVector& tags, const ParamVector& classes,
                           const ParamVector& styles, Conversion& conversion, std::u16string& body) {
-    const FragmentCuts cuts = cutFragments(source, from, to, conversion.styleCache);
-    const std::u16string_view units(reinterpret_cast<const char16_t*>(cuts.units.data()),
-                                    cuts.units.size());
+    const std::vector<FragmentCuts::Start> starts =
+        cutStarts(source, from, units, conversion.styleCache);
     const ProcessedStyle* merged = nullptr;  // the style of the fragment being merged
     size_t mergedFrom = 0;
     auto write = [&](size_t end) {
@@ -183,12 +183,12 @@ void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32
         addEntitiesAndFixEndlines(units.substr(mergedFrom, end - mergedFrom), body);
         body += merged->markup.close;
     };
-    for (size_t k = 0; k < cuts.starts.size(); ++k) {
-        const size_t at = cuts.starts[k].at;
+    for (size_t k = 0; k < starts.size(); ++k) {
+        const size_t at = starts[k].at;
         const ProcessedStyle& p =
-            processedStyle(cuts.starts[k].styleIndex, conversion, tags, classes, styles);
+            processedStyle(starts[k].styleIndex, conversion, tags, classes, styles);
         if (merged != nullptr && p.appearance == merged->appearance) {
-            const size_t end = k + 1 < cuts.starts.size() ? cuts.starts[k + 1].at : units.size();
+            const size_t end = k + 1 < starts.size() ? starts[k + 1].at : units.size();
             conversion.trace.join(units.substr(mergedFrom, at - mergedFrom),
                                   units.substr(at, end - at));
             continue;
@@ -203,13 +203,17 @@ void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, fmx::uint32
 void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
                        const ParamVector& styles, Conversion& conversion, std::u16string& body) {
     const fmx::uint32 size = source.GetSize();
-    std::vector<fmx::uint16> units(size);
-    if (size > 0) source.GetUnicode(units.data(), 0, size);
-    fmx::uint32 start = 0;
-    for (fmx::uint32 i = 0; i <= size; ++i) {
-        if (i < size && units[i] != u'\r') continue;
-        convertBareParagraph(source, start, i, tags, classes, styles, conversion, body);
-        start = i + 1;
+    std::u16string text(size, u'\0');
+    if (size > 0) source.GetUnicode(reinterpret_cast<fmx::uint16*>(text.data()), 0, size);
+    const std::u16string_view units(text);
+    size_t start = 0;
+    while (true) {
+        const size_t end = std::min(units.find(u'\r', start), units.size());
+        convertBareParagraph(source, static_cast<fmx::uint32>(start),
+                             units.substr(start, end - start), tags, classes, styles, conversion,
+                             body);
+        if (end == units.size()) break;
+        start = end + 1;
     }
 }
 
@@ -348,9 +352,10 @@ std::string createTag(const std::string& tag, const cFragment& fragment) {
 
 // The text between characters that need escaping is copied whole.
 void addEntitiesAndFixEndlines(std::u16string_view text, std::u16string& out) {
+    constexpr uint64_t kSpecialBelow64 =
+        uint64_t{1} << u'<' | uint64_t{1} << u'>' | uint64_t{1} << u'&' | uint64_t{1} << u'\n';
     auto plain = [](char16_t c) {
-        return c > u'>' ? c != u'\u00A0' && c != u'\u2028'
-                        : c != u'<' && c != u'>' && c != u'&' && c != u'\n';
+        return c < 64 ? (kSpecialBelow64 >> c & 1) == 0 : c != u'\u00A0' && c != u'\u2028';
     };
     size_t from = 0;
     for (size_t i = 0; i < text.size(); ++i) {

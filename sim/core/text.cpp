@@ -291,18 +291,11 @@ void Text::replaceUnits(std::u16string_view units) {
     units_ = SharedUnits(std::u16string(units));
 }
 
-CharStyle Text::styleAt(uint32_t pos) const {
-    const auto& r = runs();
-    if (r.empty()) return CharStyle{};
-    // Past the last run's start the answer is that run, when the text is not empty.
-    if (pos >= r.back().start) return empty() ? CharStyle{} : r.back().value;
-    return r[runIndex(pos)].value;
-}
-
-size_t Text::runIndex(uint32_t pos) const {
+// Plug-ins read styles position by position: the run found last, or the one after it, mostly
+// holds the position. pos lies before the last run's start, so a run holding it has a successor.
+inline size_t Text::runIndex(uint32_t pos) const {
     const auto& r = styles_->runs;
     const size_t i = styles_->lastRun.get();
-    // pos lies before the last run's start, so a run holding it has a successor.
     if (i < r.size() && r[i].start <= pos) {
         if (pos < r[i + 1].start) return i;
         if (pos < r[i + 2].start) {
@@ -310,9 +303,21 @@ size_t Text::runIndex(uint32_t pos) const {
             return i + 1;
         }
     }
-    const size_t found = spanIndex(r, pos);
+    return searchRun(pos);
+}
+
+size_t Text::searchRun(uint32_t pos) const {
+    const size_t found = spanIndex(styles_->runs, pos);
     styles_->lastRun.set(found);
     return found;
+}
+
+CharStyle Text::styleAt(uint32_t pos) const {
+    if (!styles_ || styles_->runs.empty()) return CharStyle{};
+    const auto& r = styles_->runs;
+    // Past the last run's start the answer is that run, when the text is not empty.
+    if (pos >= r.back().start) return empty() ? CharStyle{} : r.back().value;
+    return r[runIndex(pos)].value;
 }
 
 uint32_t Text::runEnd(uint32_t pos) const {

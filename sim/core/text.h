@@ -5,9 +5,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "sim/core/shared_units.h"
@@ -32,23 +34,19 @@ struct CharStyle {
     bool colorOn = false;
 
     bool allDisabled() const { return !fontOn && !sizeOn && !colorOn && faceMask == 0; }
-    // Every field, packed into two words: plug-ins compare styles once per character.
+    // Byte-wise over the fields, which lie without a gap up to colorOn: plug-ins compare styles
+    // once per character, and this is a couple of word compares.
     friend bool operator==(const CharStyle& a, const CharStyle& b) {
-        return a.packedValues() == b.packedValues() &&
-               a.packedColorAndFlags() == b.packedColorAndFlags();
+        return std::memcmp(&a, &b, kComparedBytes) == 0;
     }
-
-private:
-    uint64_t packedValues() const {
-        return uint64_t{font} | uint64_t{face} << 16 | uint64_t{faceMask} << 32 |
-               uint64_t{size} << 48;
-    }
-    uint64_t packedColorAndFlags() const {
-        return uint64_t{color.red} | uint64_t{color.green} << 8 | uint64_t{color.blue} << 16 |
-               uint64_t{color.alpha} << 24 | uint64_t{fontOn} << 32 | uint64_t{sizeOn} << 33 |
-               uint64_t{colorOn} << 34;
-    }
+    static constexpr size_t kComparedBytes = 15;  // up to colorOn, checked below
 };
+
+static_assert(std::is_standard_layout_v<CharStyle> && offsetof(CharStyle, color) == 8 &&
+                  sizeof(Rgb) == 4 && offsetof(CharStyle, fontOn) == 12 &&
+                  offsetof(CharStyle, sizeOn) == 13 &&
+                  offsetof(CharStyle, colorOn) + 1 == CharStyle::kComparedBytes,
+              "CharStyle's compared fields lie without a gap");
 
 enum class Alignment : uint8_t { None, Left, Center, Right, Full };
 
@@ -133,6 +131,7 @@ private:
     };
     // Index of the run holding `pos` (runs not empty, pos before the last run's start).
     size_t runIndex(uint32_t pos) const;
+    size_t searchRun(uint32_t pos) const;
     const std::vector<Span<CharStyle>>& runs() const;
     const std::vector<Span<Alignment>>& paras() const;
     Styles& styles();  // made on the first change that may style the text
