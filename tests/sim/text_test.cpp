@@ -189,6 +189,67 @@ TEST(Text, StyleRunsMatchAPerUnitModel) {
     }
 }
 
+// styleAt and runEnd at the first and last unit of every run and past the end, asked in order,
+// backwards and by jumps, so that both the remembered run and the search answer.
+TEST(Text, FindsRunsAtTheirEdges) {
+    const std::vector<std::vector<uint32_t>> layouts = {
+        {1},
+        {4},
+        {1, 1, 1},
+        {1, 5, 1},
+        {3, 1},
+        {1, 3},
+        {2, 1, 1, 2, 1, 1, 1, 7},
+        std::vector<uint32_t>(300, 1),
+        {1, 1000, 1, 2, 500, 1},
+    };
+    for (const auto& lengths : layouts) {
+        SCOPED_TRACE(testing::PrintToString(lengths));
+        std::u16string units;
+        std::vector<CharStyle> model;
+        std::vector<uint32_t> firsts;
+        Text t;
+        for (size_t r = 0; r < lengths.size(); ++r) {
+            firsts.push_back(static_cast<uint32_t>(units.size()));
+            units.append(lengths[r], u'x');
+            CharStyle s;
+            s.size = static_cast<uint16_t>(10 + r);  // every run differs from its neighbours
+            s.sizeOn = true;
+            model.insert(model.end(), lengths[r], s);
+        }
+        t.assign(units);
+        for (size_t r = 0; r < lengths.size(); ++r)
+            t.setStyle(model[firsts[r]], firsts[r], lengths[r]);
+        auto runEndOf = [&](uint32_t pos) {
+            uint32_t end = pos;
+            while (end < model.size() && model[end] == model[pos]) ++end;
+            return end;
+        };
+        std::vector<uint32_t> probes;
+        for (size_t r = 0; r < lengths.size(); ++r) {
+            probes.push_back(firsts[r]);
+            probes.push_back(firsts[r] + lengths[r] - 1);
+        }
+        std::vector<uint32_t> order = probes;
+        order.insert(order.end(), probes.rbegin(), probes.rend());
+        for (size_t i = 0; i < probes.size(); i += 7)
+            order.push_back(probes[(i * 13) % probes.size()]);
+        const Text copy(t);  // a copy answers the same, whatever the original was asked last
+        for (const Text* text : {static_cast<const Text*>(&t), &copy}) {
+            for (const uint32_t pos : order) {
+                ASSERT_EQ(text->styleAt(pos), model[pos]) << pos;
+                ASSERT_EQ(text->runEnd(pos), runEndOf(pos)) << pos;
+            }
+            EXPECT_EQ(text->styleAt(text->size()), model.back());
+            EXPECT_EQ(text->styleAt(UINT32_MAX), model.back());
+            EXPECT_EQ(text->runEnd(text->size()), text->size());
+        }
+    }
+    EXPECT_TRUE(Text().styleAt(0).allDisabled());
+    EXPECT_TRUE(Text(u"plain").styleAt(3).allDisabled());
+    EXPECT_EQ(Text(u"plain").runEnd(1), 5u);
+}
+
 TEST(Text, MergeAndRemoveStyles) {
     Text t(u"abcdef");
     t.setStyle(bold(), 0, 4);
