@@ -1,6 +1,7 @@
 #include "html/fragment.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <iostream>
 #include <optional>
@@ -170,7 +171,7 @@ void cFragment::extractFormattingCombinationToCreateClass(const std::string& com
         });
         if (!all) return;
     }
-    const std::string css = serialize_CSS(CSSFromFormattings(taken), "");
+    const std::string css = cssTextOf(taken);
     if (css.empty()) return;
     classes_.push_back(get_or_create_class(css, prefix.empty() ? "rvl" : prefix, classMap));
     for (const auto& entry : taken) formattings_.erase(entry.first);
@@ -188,45 +189,144 @@ void cFragment::append(const cFragment& next) {
     end_ = next.end_;
 }
 
+namespace {
+
+// The CSS properties a formatting set can give, in byte-wise order of their names, which is the
+// order they are written in.
+enum Property : uint8_t {
+    kWebkitDecorationStyle,
+    kBackgroundColor,
+    kColor,
+    kFontFamily,
+    kFontSize,
+    kFontStyle,
+    kFontVariant,
+    kFontWeight,
+    kLetterSpacing,
+    kTextDecoration,
+    kTextDecorationStyle,
+    kTextTransform,
+    kVerticalAlign,
+    kPropertyCount
+};
+constexpr std::string_view kPropertyNames[kPropertyCount] = {
+    "-webkit-text-decoration-style",
+    "background-color",
+    "color",
+    "font-family",
+    "font-size",
+    "font-style",
+    "font-variant",
+    "font-weight",
+    "letter-spacing",
+    "text-decoration",
+    "text-decoration-style",
+    "text-transform",
+    "vertical-align",
+};
+
+// The formatting keys, in byte-wise order.
+enum Key : uint8_t {
+    kBoldKey,
+    kColorKey,
+    kCondenseKey,
+    kDoubleUnderlineKey,
+    kExtendKey,
+    kFontKey,
+    kHighlightKey,
+    kItalicKey,
+    kLowercaseKey,
+    kSizeKey,
+    kSmallCapsKey,
+    kStrikethroughKey,
+    kSubscriptKey,
+    kSuperscriptKey,
+    kTitlecaseKey,
+    kUnderlineKey,
+    kUppercaseKey,
+    kKeyCount
+};
+constexpr std::string_view kKeyNames[kKeyCount] = {
+    "bold",      "color",         "condense",  "doubleunderline", "extend",
+    "font",      "highlight",     "italic",    "lowercase",       "size",
+    "smallcaps", "strikethrough", "subscript", "superscript",     "titlecase",
+    "underline", "uppercase",
+};
+
+// Each property's value, when set, for one formatting set.
+struct Declarations {
+    std::array<std::string_view, kPropertyCount> values{};
+    std::array<bool, kPropertyCount> set{};
+    std::string fontFamily;  // the font-family value, which is made, not a constant
+
+    void put(Property p, std::string_view value) {
+        values[p] = value;
+        set[p] = true;
+    }
+};
+
+// The declarations of a formatting set: one walk over its keys, then the rules in their order
+// (later rules overwrite earlier ones, strikethrough adds to an underline).
+Declarations declarationsOf(const Formattings& f) {
+    std::array<const std::string*, kKeyCount> present{};
+    size_t k = 0;
+    for (const auto& [key, value] : f) {
+        while (k < kKeyCount && kKeyNames[k] < key) ++k;
+        if (k == kKeyCount) break;
+        if (kKeyNames[k] == key) present[k] = &value;
+    }
+    Declarations d;
+    if (present[kBoldKey]) d.put(kFontWeight, "bold");
+    if (present[kItalicKey]) d.put(kFontStyle, "italic");
+    if (present[kHighlightKey]) d.put(kBackgroundColor, "#FFFF00");
+    if (present[kUnderlineKey]) d.put(kTextDecoration, "underline");
+    if (present[kDoubleUnderlineKey]) {
+        d.put(kTextDecoration, "underline");
+        d.put(kTextDecorationStyle, "double");
+        d.put(kWebkitDecorationStyle, "double");
+    }
+    if (present[kStrikethroughKey]) {
+        d.put(kTextDecoration, d.set[kTextDecoration] ? "underline line-through" : "line-through");
+    }
+    if (present[kCondenseKey]) d.put(kLetterSpacing, "-2px");
+    if (present[kExtendKey]) d.put(kLetterSpacing, "2px");
+    if (present[kSuperscriptKey]) d.put(kVerticalAlign, "super");
+    if (present[kSubscriptKey]) d.put(kVerticalAlign, "sub");
+    if (present[kSmallCapsKey]) d.put(kFontVariant, "small-caps");
+    if (present[kUppercaseKey]) d.put(kTextTransform, "uppercase");
+    if (present[kLowercaseKey]) d.put(kTextTransform, "lowercase");
+    if (present[kTitlecaseKey]) d.put(kTextTransform, "capitalize");
+    if (present[kColorKey]) d.put(kColor, *present[kColorKey]);
+    if (present[kFontKey]) {
+        d.fontFamily = cssFontFamily(*present[kFontKey]);
+        d.put(kFontFamily, d.fontFamily);
+    }
+    if (present[kSizeKey]) d.put(kFontSize, *present[kSizeKey]);
+    return d;
+}
+
+}  // namespace
+
 CSSMap CSSFromFormattings(const Formattings& f) {
+    const Declarations d = declarationsOf(f);
     CSSMap css;
-    auto set = [&](const char* key, const char* property, const std::string& value) {
-        if (f.contains(key)) css[property] = value;
-    };
-    set("bold", "font-weight", "bold");
-    set("italic", "font-style", "italic");
-    set("highlight", "background-color", "#FFFF00");
-    set("underline", "text-decoration", "underline");
-    if (f.contains("doubleunderline")) {
-        css["text-decoration"] = "underline";
-        css["text-decoration-style"] = "double";
-        css["-webkit-text-decoration-style"] = "double";
-    }
-    if (f.contains("strikethrough")) {
-        auto it = css.find("text-decoration");
-        if (it == css.end()) {
-            css["text-decoration"] = "line-through";
-        } else {
-            it->second += " line-through";
-        }
-    }
-    set("condense", "letter-spacing", "-2px");
-    set("extend", "letter-spacing", "2px");
-    set("superscript", "vertical-align", "super");
-    set("subscript", "vertical-align", "sub");
-    set("smallcaps", "font-variant", "small-caps");
-    set("uppercase", "text-transform", "uppercase");
-    set("lowercase", "text-transform", "lowercase");
-    set("titlecase", "text-transform", "capitalize");
-    for (const char* key : {"color", "font", "size"}) {
-        auto it = f.find(key);
-        if (it == f.end()) continue;
-        const char* property = key[0] == 'c'   ? "color"
-                               : key[0] == 'f' ? "font-family"
-                                               : "font-size";
-        css[property] = key[0] == 'f' ? cssFontFamily(it->second) : it->second;
+    for (size_t p = 0; p < kPropertyCount; ++p) {
+        if (d.set[p]) css.emplace_hint(css.end(), kPropertyNames[p], d.values[p]);
     }
     return css;
+}
+
+std::string cssTextOf(const Formattings& f) {
+    const Declarations d = declarationsOf(f);
+    std::string out;
+    for (size_t p = 0; p < kPropertyCount; ++p) {
+        if (!d.set[p]) continue;
+        out += kPropertyNames[p];
+        out += ':';
+        out += d.values[p];
+        out += ';';
+    }
+    return out;
 }
 
 std::string cssFontFamily(const std::string& name) {
@@ -307,7 +407,7 @@ size_t StyleCache::lookup(const fmx::CharacterStyle& style, bool isSpaceChar, fm
     if (added) {
         Entry e;
         e.formattings = formattingsFromStyle(style, isSpaceChar, *this);
-        e.css = serialize_CSS(CSSFromFormattings(e.formattings), "");
+        e.css = cssTextOf(e.formattings);
         e.cssId = cssIds_.try_emplace(e.css, cssIds_.size()).first->second;
         entries_.push_back(std::move(e));
     }

@@ -125,6 +125,8 @@ private:
 };
 
 CSSMap CSSFromFormattings(const Formattings& formattings);
+// serialize_CSS ( CSSFromFormattings ( formattings ), "" ), made without the map.
+std::string cssTextOf(const Formattings& formattings);
 // A font name as a font-family value that cannot end the declaration, the rule, the style
 // element or the attribute it is written into. A name of ASCII letters, digits, blanks, "-", "_"
 // and "." (characters beyond ASCII too) stays as it is; any other becomes a CSS string in single
