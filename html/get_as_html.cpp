@@ -29,6 +29,12 @@ bool isBlockTag(const std::string& tag) {
 
 // Tags, class names and CSS are UTF-8; the HTML is built in UTF-16 units like the text.
 void appendUtf8(std::u16string& out, const std::string& s) {
+    // Markup is mostly ASCII, which is widened unit by unit.
+    if (std::all_of(s.begin(), s.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        out.append(s.begin(), s.end());
+        return;
+    }
     fmlib::AppendUtf16FromUtf8(out, s, fmlib::BrokenUtf8::kPerSequence);
 }
 
@@ -208,7 +214,9 @@ void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const P
     const std::u16string_view units(text);
     size_t start = 0;
     while (true) {
-        const size_t end = std::min(units.find(u'\r', start), units.size());
+        const size_t end = static_cast<size_t>(
+            std::find(units.begin() + static_cast<ptrdiff_t>(start), units.end(), u'\r') -
+            units.begin());
         convertBareParagraph(source, static_cast<fmx::uint32>(start),
                              units.substr(start, end - start), tags, classes, styles, conversion,
                              body);

@@ -312,7 +312,7 @@ size_t Text::searchRun(uint32_t pos) const {
     return found;
 }
 
-CharStyle Text::styleAt(uint32_t pos) const {
+CharStyle Text::styleAtFound(uint32_t pos) const {
     if (!styles_ || styles_->runs.empty()) return CharStyle{};
     const auto& r = styles_->runs;
     // Past the last run's start the answer is that run, when the text is not empty.

@@ -83,7 +83,15 @@ public:
 
     // Character styles. styleAt of a position at or past the end gives the last style (or the
     // all-disabled style for an empty text); runEnd is the first position with another style.
-    CharStyle styleAt(uint32_t pos) const;
+    CharStyle styleAt(uint32_t pos) const {
+        // Inline for a position in the run found last, as most are when read in order.
+        if (styles_ != nullptr) {
+            const auto& r = styles_->runs;
+            const size_t i = styles_->lastRun.get();
+            if (i + 1 < r.size() && r[i].start <= pos && pos < r[i + 1].start) return r[i].value;
+        }
+        return styleAtFound(pos);
+    }
     uint32_t runEnd(uint32_t pos) const;
     void setStyle(const CharStyle& style, uint32_t pos, uint32_t len);
     // Applies only the enabled traits of `style` over the range, keeping the others.
@@ -132,6 +140,7 @@ private:
     // Index of the run holding `pos` (runs not empty, pos before the last run's start).
     size_t runIndex(uint32_t pos) const;
     size_t searchRun(uint32_t pos) const;
+    CharStyle styleAtFound(uint32_t pos) const;
     const std::vector<Span<CharStyle>>& runs() const;
     const std::vector<Span<Alignment>>& paras() const;
     Styles& styles();  // made on the first change that may style the text
