@@ -91,25 +91,9 @@ const ByteTable* byteTable(int32_t encoding) {
     }
 }
 
-// Conversions work through blocks this long, which stay in the cache between passes.
-constexpr size_t kBlock = 4096;
-
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
 bool isLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
 bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
-
-// Texts are mostly ASCII: both directions find ASCII runs a block at a time and copy them in a
-// loop the compiler vectorizes, and handle other characters one by one.
-size_t asciiBytes(const char* s, size_t n) {
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        uint64_t block;
-        std::memcpy(&block, s + i, 8);
-        if (block & 0x8080808080808080u) break;
-    }
-    while (i < n && static_cast<unsigned char>(s[i]) < 0x80) ++i;
-    return i;
-}
 
 // Whole blocks of sixteen ASCII units, then single units: only the caller knows whether what
 // follows is worth another look.
@@ -227,18 +211,83 @@ bool putCharacter(std::u16string_view units, size_t& i, char* out, size_t& writt
     return true;
 }
 
+// Eight units that are all ASCII, and eight bytes that are: mostly-ASCII texts move a block at a
+// time, in copies the compiler vectorizes.
+bool asciiUnits8(const char16_t* s) {
+    uint64_t block[2];
+    std::memcpy(block, s, sizeof block);
+    return ((block[0] | block[1]) & 0xFF80FF80FF80FF80u) == 0;
+}
+bool asciiBytes8(const unsigned char* s) {
+    uint64_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0x8080808080808080u) == 0;
+}
+
+// Eight ASCII characters between units and bytes, as one vector conversion.
+using Bytes8 = uint8_t __attribute__((vector_size(8)));
+using Units8 = uint16_t __attribute__((vector_size(16)));
+void narrow8(const char16_t* from, char* to) {
+    Units8 units;
+    std::memcpy(&units, from, sizeof units);
+    const Bytes8 bytes = __builtin_convertvector(units, Bytes8);
+    std::memcpy(to, &bytes, sizeof bytes);
+}
+void widen8(const unsigned char* from, char16_t* to) {
+    Bytes8 bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const Units8 units = __builtin_convertvector(bytes, Units8);
+    std::memcpy(to, &units, sizeof units);
+}
+
+// Converts units[i, end) into out + written, which has room for three bytes per unit and one
+// more, so no character needs a check (a pair may take the unit at end as its second half).
+// Where a block of eight is not all ASCII, its units go one by one. Answers the new i.
+size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, size_t& written) {
+    const char16_t* s = units.data();
+    char* o = out + written;
+    while (i < end) {
+        if (i + 8 <= end && asciiUnits8(s + i)) {
+            narrow8(s + i, o);
+            o += 8;
+            i += 8;
+            continue;
+        }
+        for (const size_t stop = std::min(end, i + 8); i < stop;) {
+            const char16_t u = s[i];
+            if (u < 0x80) {
+                *o++ = static_cast<char>(u);
+                ++i;
+            } else if (u < 0x800) {
+                o[0] = static_cast<char>(0xC0 | (u >> 6));
+                o[1] = static_cast<char>(0x80 | (u & 0x3F));
+                o += 2;
+                ++i;
+            } else {
+                size_t taken = 0;
+                const char32_t c = nextCodePoint(units, i, taken);
+                putUtf8(o, c);
+                o += utf8Length(c);
+                i += taken;
+            }
+        }
+    }
+    written = static_cast<size_t>(o - out);
+    return i;
+}
+
 size_t utf8Into(std::u16string_view units, char* out, size_t room) {
     size_t written = 0;
     for (size_t i = 0; i < units.size();) {
-        // An ASCII run is found a block at a time and narrowed while it is still in the cache.
-        const size_t block = std::min({units.size() - i, room - written, kBlock});
-        const size_t run = asciiUnits(units.data() + i, block);
-        const char16_t* from = units.data() + i;
-        for (size_t k = 0; k < run; ++k) out[written + k] = static_cast<char>(from[k]);
-        i += run;
-        written += run;
-        if (run == block) {
+        const size_t left = room - written;
+        if (const size_t sure = left == 0 ? 0 : std::min(units.size() - i, (left - 1) / 3)) {
+            i = utf8Stretch(units, i, i + sure, out, written);
+            continue;
+        }
+        // Near the end of the room: whole characters only, one at a time.
+        if (units[i] < 0x80) {
             if (written == room) break;
+            out[written++] = static_cast<char>(units[i++]);
             continue;
         }
         if (!putCharacter(units, i, out, written, room)) break;
@@ -269,23 +318,31 @@ bool isSingleByte(int32_t encoding) { return encoding >= 2 && encoding <= 5; }
 std::u16string fromUtf8(std::string_view s) {
     // Converted a block at a time through a buffer in the cache: the result is written once,
     // never filled first.
-    std::array<char16_t, kBlock + 4> buffer;
+    constexpr size_t kBlock = 4096;
+    std::array<char16_t, kBlock + 12> buffer;
     std::u16string out;
     out.reserve(s.size());  // never more units than bytes
-    size_t i = 0;
-    while (i < s.size()) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(s.data());
+    for (size_t i = 0; i < s.size();) {
         const size_t end = i + std::min(s.size() - i, kBlock);
-        size_t filled = 0;
+        char16_t* o = buffer.data();
         while (i < end) {
-            const size_t run = asciiBytes(s.data() + i, end - i);
-            const auto* from = reinterpret_cast<const unsigned char*>(s.data() + i);
-            for (size_t k = 0; k < run; ++k) buffer[filled + k] = from[k];
-            i += run;
-            filled += run;
+            if (i + 8 <= end && asciiBytes8(bytes + i)) {
+                widen8(bytes + i, o);
+                o += 8;
+                i += 8;
+                continue;
+            }
             // A sequence may end past the block; it still gives fewer units than bytes.
-            if (i < end) filled += putUnits(buffer.data() + filled, nextCharacter(s, i));
+            for (const size_t stop = std::min(end, i + 8); i < stop;) {
+                if (bytes[i] < 0x80) {
+                    *o++ = bytes[i++];
+                } else {
+                    o += putUnits(o, nextCharacter(s, i));
+                }
+            }
         }
-        out.append(buffer.data(), filled);
+        out.append(buffer.data(), static_cast<size_t>(o - buffer.data()));
     }
     return out;
 }
