@@ -116,9 +116,20 @@ std::size_t B64_DecodeInto(std::string_view characters, char* out) {
     // group is written below, so no store passes the three bytes per group. In place, the
     // extra byte lands on characters already read.
     const std::size_t whole = groups - 1;
-    for (std::size_t g = 0; g < whole; ++g, in += 4, o += 3) {
-        const uint32_t v = decode0[in[0]] | decode1[in[1]] | decode2[in[2]] | decode3[in[3]];
+    const auto group = [](const uint8_t* at) {
+        return decode0[at[0]] | decode1[at[1]] | decode2[at[2]] | decode3[at[3]];
+    };
+    std::size_t g = 0;
+    for (; g + 2 <= whole; g += 2, in += 8, o += 6) {
+        const uint32_t first = group(in), second = group(in + 4);
+        std::memcpy(o, &first, 4);
+        std::memcpy(o + 3, &second, 4);
+    }
+    if (g < whole) {
+        const uint32_t v = group(in);
         std::memcpy(o, &v, 4);
+        in += 4;
+        o += 3;
     }
     const std::size_t j = whole * 4;
     const uint8_t a = valueAt(characters, j), b = valueAt(characters, j + 1),

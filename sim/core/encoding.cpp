@@ -7,6 +7,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -211,49 +212,62 @@ bool putCharacter(std::u16string_view units, size_t& i, char* out, size_t& writt
     return true;
 }
 
-// Eight units that are all ASCII, and eight bytes that are: mostly-ASCII texts move a block at a
-// time, in copies the compiler vectorizes.
-bool asciiUnits8(const char16_t* s) {
-    uint64_t block[2];
+// ASCII moves in blocks of eight or four characters, each tested with one or two words and
+// converted as one vector; other characters go one by one.
+template <size_t N>
+bool asciiUnits(const char16_t* s) {
+    uint64_t block[N / 4];
     std::memcpy(block, s, sizeof block);
-    return ((block[0] | block[1]) & 0xFF80FF80FF80FF80u) == 0;
+    uint64_t any = 0;
+    for (const uint64_t word : block) any |= word;
+    return (any & 0xFF80FF80FF80FF80u) == 0;
 }
-bool asciiBytes8(const unsigned char* s) {
-    uint64_t block;
+template <size_t N>
+bool asciiBytes(const unsigned char* s) {
+    using Word = std::conditional_t<N == 8, uint64_t, uint32_t>;
+    Word block;
     std::memcpy(&block, s, sizeof block);
-    return (block & 0x8080808080808080u) == 0;
+    return (block & static_cast<Word>(0x8080808080808080u)) == 0;
 }
-
-// Eight ASCII characters between units and bytes, as one vector conversion.
-using Bytes8 = uint8_t __attribute__((vector_size(8)));
 using Units8 = uint16_t __attribute__((vector_size(16)));
-void narrow8(const char16_t* from, char* to) {
-    Units8 units;
+using Bytes8 = uint8_t __attribute__((vector_size(8)));
+using Units4 = uint16_t __attribute__((vector_size(8)));
+using Bytes4 = uint8_t __attribute__((vector_size(4)));
+template <typename Units, typename Bytes>
+void narrow(const char16_t* from, char* to) {
+    Units units;
     std::memcpy(&units, from, sizeof units);
-    const Bytes8 bytes = __builtin_convertvector(units, Bytes8);
+    const Bytes bytes = __builtin_convertvector(units, Bytes);
     std::memcpy(to, &bytes, sizeof bytes);
 }
-void widen8(const unsigned char* from, char16_t* to) {
-    Bytes8 bytes;
+template <typename Bytes, typename Units>
+void widen(const unsigned char* from, char16_t* to) {
+    Bytes bytes;
     std::memcpy(&bytes, from, sizeof bytes);
-    const Units8 units = __builtin_convertvector(bytes, Units8);
+    const Units units = __builtin_convertvector(bytes, Units);
     std::memcpy(to, &units, sizeof units);
 }
 
 // Converts units[i, end) into out + written, which has room for three bytes per unit and one
 // more, so no character needs a check (a pair may take the unit at end as its second half).
-// Where a block of eight is not all ASCII, its units go one by one. Answers the new i.
+// Answers the new i.
 size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, size_t& written) {
     const char16_t* s = units.data();
     char* o = out + written;
     while (i < end) {
-        if (i + 8 <= end && asciiUnits8(s + i)) {
-            narrow8(s + i, o);
+        if (i + 8 <= end && asciiUnits<8>(s + i)) {
+            narrow<Units8, Bytes8>(s + i, o);
             o += 8;
             i += 8;
             continue;
         }
-        for (const size_t stop = std::min(end, i + 8); i < stop;) {
+        if (i + 4 <= end && asciiUnits<4>(s + i)) {
+            narrow<Units4, Bytes4>(s + i, o);
+            o += 4;
+            i += 4;
+            continue;
+        }
+        for (const size_t stop = std::min(end, i + 4); i < stop;) {
             const char16_t u = s[i];
             if (u < 0x80) {
                 *o++ = static_cast<char>(u);
@@ -327,14 +341,20 @@ std::u16string fromUtf8(std::string_view s) {
         const size_t end = i + std::min(s.size() - i, kBlock);
         char16_t* o = buffer.data();
         while (i < end) {
-            if (i + 8 <= end && asciiBytes8(bytes + i)) {
-                widen8(bytes + i, o);
+            if (i + 8 <= end && asciiBytes<8>(bytes + i)) {
+                widen<Bytes8, Units8>(bytes + i, o);
                 o += 8;
                 i += 8;
                 continue;
             }
+            if (i + 4 <= end && asciiBytes<4>(bytes + i)) {
+                widen<Bytes4, Units4>(bytes + i, o);
+                o += 4;
+                i += 4;
+                continue;
+            }
             // A sequence may end past the block; it still gives fewer units than bytes.
-            for (const size_t stop = std::min(end, i + 8); i < stop;) {
+            for (const size_t stop = std::min(end, i + 4); i < stop;) {
                 if (bytes[i] < 0x80) {
                     *o++ = bytes[i++];
                 } else {
