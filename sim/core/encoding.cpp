@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <type_traits>
@@ -224,10 +225,12 @@ bool asciiUnits(const char16_t* s) {
 }
 template <size_t N>
 bool asciiBytes(const unsigned char* s) {
-    using Word = std::conditional_t<N == 8, uint64_t, uint32_t>;
-    Word block;
-    std::memcpy(&block, s, sizeof block);
-    return (block & static_cast<Word>(0x8080808080808080u)) == 0;
+    using Word = std::conditional_t<N == 4, uint32_t, uint64_t>;
+    Word block[N < 8 ? 1 : N / 8];
+    std::memcpy(block, s, sizeof block);
+    Word any = 0;
+    for (const Word word : block) any |= word;
+    return (any & static_cast<Word>(0x8080808080808080u)) == 0;
 }
 using Units8 = uint16_t __attribute__((vector_size(16)));
 using Bytes8 = uint8_t __attribute__((vector_size(8)));
@@ -248,9 +251,37 @@ void widen(const unsigned char* from, char16_t* to) {
     std::memcpy(to, &units, sizeof units);
 }
 
+// The UTF-8 of every unit below U+0800 (one or two bytes, in memory order) and, in the top byte,
+// its length: Latin, Greek, Cyrillic, Hebrew and Arabic text converts without a branch per letter.
+constexpr std::array<uint32_t, 0x800> kShortUtf8 = [] {
+    std::array<uint32_t, 0x800> table{};
+    for (uint32_t u = 0; u < 0x800; ++u) {
+        const uint32_t first = u < 0x80 ? u : 0xC0 | (u >> 6);
+        const uint32_t second = u < 0x80 ? 0 : 0x80 | (u & 0x3F);
+        const uint32_t bytes = std::endian::native == std::endian::little ? first | (second << 8)
+                                                                          : (first << 8) | second;
+        table[u] = bytes | (u < 0x80 ? 1u : 2u) << 24;
+    }
+    return table;
+}();
+
+// Writes the unit's one or two bytes (two always land, the room allowing) and moves past them.
+void putShort(char*& o, char16_t u) {
+    const uint32_t entry = kShortUtf8[u];
+    const auto bytes = static_cast<uint16_t>(entry);
+    std::memcpy(o, &bytes, 2);
+    o += entry >> 24;
+}
+
+bool allBelow0800(const char16_t* s) {
+    uint64_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0xF800F800F800F800u) == 0;
+}
+
 // Converts units[i, end) into out + written, which has room for three bytes per unit and one
-// more, so no character needs a check (a pair may take the unit at end as its second half).
-// Answers the new i.
+// more, so no character needs a check (a pair may take the unit at end as its second half, and
+// a short character's second byte may land past the end of what is written). Answers the new i.
 size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, size_t& written) {
     const char16_t* s = units.data();
     char* o = out + written;
@@ -261,29 +292,26 @@ size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, s
             i += 8;
             continue;
         }
-        if (i + 4 <= end && asciiUnits<4>(s + i)) {
-            narrow<Units4, Bytes4>(s + i, o);
-            o += 4;
-            i += 4;
-            continue;
-        }
-        for (const size_t stop = std::min(end, i + 4); i < stop;) {
-            const char16_t u = s[i];
-            if (u < 0x80) {
-                *o++ = static_cast<char>(u);
-                ++i;
-            } else if (u < 0x800) {
-                o[0] = static_cast<char>(0xC0 | (u >> 6));
-                o[1] = static_cast<char>(0x80 | (u & 0x3F));
-                o += 2;
-                ++i;
-            } else {
-                size_t taken = 0;
-                const char32_t c = nextCodePoint(units, i, taken);
-                putUtf8(o, c);
-                o += utf8Length(c);
-                i += taken;
+        for (const size_t stop = std::min(end, i + 8); i < stop;) {
+            if (i + 4 <= stop && allBelow0800(s + i)) {
+                if (asciiUnits<4>(s + i)) {
+                    narrow<Units4, Bytes4>(s + i, o);
+                    o += 4;
+                } else {
+                    for (size_t k = 0; k < 4; ++k) putShort(o, s[i + k]);
+                }
+                i += 4;
+                continue;
             }
+            if (s[i] < 0x800) {
+                putShort(o, s[i++]);
+                continue;
+            }
+            size_t taken = 0;
+            const char32_t c = nextCodePoint(units, i, taken);
+            putUtf8(o, c);
+            o += utf8Length(c);
+            i += taken;
         }
     }
     written = static_cast<size_t>(o - out);
