@@ -8,7 +8,6 @@
 #include <bit>
 #include <cstring>
 #include <memory>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -213,8 +212,7 @@ bool putCharacter(std::u16string_view units, size_t& i, char* out, size_t& writt
     return true;
 }
 
-// ASCII moves in blocks of eight or four characters, each tested with one or two words and
-// converted as one vector; other characters go one by one.
+// ASCII is tested eight (or four) characters at a time, with one or two words.
 template <size_t N>
 bool asciiUnits(const char16_t* s) {
     uint64_t block[N / 4];
@@ -223,32 +221,20 @@ bool asciiUnits(const char16_t* s) {
     for (const uint64_t word : block) any |= word;
     return (any & 0xFF80FF80FF80FF80u) == 0;
 }
-template <size_t N>
-bool asciiBytes(const unsigned char* s) {
-    using Word = std::conditional_t<N == 4, uint32_t, uint64_t>;
-    Word block[N < 8 ? 1 : N / 8];
-    std::memcpy(block, s, sizeof block);
-    Word any = 0;
-    for (const Word word : block) any |= word;
-    return (any & static_cast<Word>(0x8080808080808080u)) == 0;
+bool asciiBytes8(const unsigned char* s) {
+    uint64_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0x8080808080808080u) == 0;
 }
-using Units8 = uint16_t __attribute__((vector_size(16)));
-using Bytes8 = uint8_t __attribute__((vector_size(8)));
-using Units4 = uint16_t __attribute__((vector_size(8)));
-using Bytes4 = uint8_t __attribute__((vector_size(4)));
-template <typename Units, typename Bytes>
-void narrow(const char16_t* from, char* to) {
-    Units units;
+
+// Four ASCII units as their bytes, in one vector conversion.
+void narrow4(const char16_t* from, char* to) {
+    using Units4 = uint16_t __attribute__((vector_size(8)));
+    using Bytes4 = uint8_t __attribute__((vector_size(4)));
+    Units4 units;
     std::memcpy(&units, from, sizeof units);
-    const Bytes bytes = __builtin_convertvector(units, Bytes);
+    const Bytes4 bytes = __builtin_convertvector(units, Bytes4);
     std::memcpy(to, &bytes, sizeof bytes);
-}
-template <typename Bytes, typename Units>
-void widen(const unsigned char* from, char16_t* to) {
-    Bytes bytes;
-    std::memcpy(&bytes, from, sizeof bytes);
-    const Units units = __builtin_convertvector(bytes, Units);
-    std::memcpy(to, &units, sizeof units);
 }
 
 // The UTF-8 of every unit below U+0800 (one or two bytes, in memory order) and, in the top byte,
@@ -299,7 +285,7 @@ size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, s
         for (const size_t stop = std::min(end, i + 8); i < stop;) {
             if (i + 4 <= stop && allBelow0800(s + i)) {
                 if (asciiUnits<4>(s + i)) {
-                    narrow<Units4, Bytes4>(s + i, o);
+                    narrow4(s + i, o);
                     o += 4;
                 } else {
                     for (size_t k = 0; k < 4; ++k) putShort(o, s[i + k]);
@@ -373,24 +359,18 @@ std::u16string fromUtf8(std::string_view s) {
         const size_t end = i + std::min(s.size() - i, kBlock);
         char16_t* o = buffer.data();
         while (i < end) {
-            if (i + 8 <= end && asciiBytes<8>(bytes + i)) {
+            if (i + 8 <= end && asciiBytes8(bytes + i)) {
                 // A run of ASCII, found eight bytes at a time and widened in one loop the
                 // compiler vectorizes.
                 size_t run = 8;
-                while (i + run + 8 <= end && asciiBytes<8>(bytes + i + run)) run += 8;
+                while (i + run + 8 <= end && asciiBytes8(bytes + i + run)) run += 8;
                 for (size_t k = 0; k < run; ++k) o[k] = bytes[i + k];
                 o += run;
                 i += run;
                 continue;
             }
-            if (i + 4 <= end && asciiBytes<4>(bytes + i)) {
-                widen<Bytes4, Units4>(bytes + i, o);
-                o += 4;
-                i += 4;
-                continue;
-            }
             // A sequence may end past the block; it still gives fewer units than bytes.
-            for (const size_t stop = std::min(end, i + 4); i < stop;) {
+            for (const size_t stop = std::min(end, i + 8); i < stop;) {
                 if (bytes[i] < 0x80) {
                     *o++ = bytes[i++];
                 } else {
