@@ -227,7 +227,13 @@ bool asciiBytes8(const unsigned char* s) {
     return (block & 0x8080808080808080u) == 0;
 }
 
-// Four ASCII units as their bytes, in one vector conversion.
+bool asciiBytes4(const unsigned char* s) {
+    uint32_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0x80808080u) == 0;
+}
+
+// Four ASCII characters between units and bytes, in one vector conversion.
 void narrow4(const char16_t* from, char* to) {
     using Units4 = uint16_t __attribute__((vector_size(8)));
     using Bytes4 = uint8_t __attribute__((vector_size(4)));
@@ -235,6 +241,14 @@ void narrow4(const char16_t* from, char* to) {
     std::memcpy(&units, from, sizeof units);
     const Bytes4 bytes = __builtin_convertvector(units, Bytes4);
     std::memcpy(to, &bytes, sizeof bytes);
+}
+void widen4(const unsigned char* from, char16_t* to) {
+    using Units4 = uint16_t __attribute__((vector_size(8)));
+    using Bytes4 = uint8_t __attribute__((vector_size(4)));
+    Bytes4 bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const Units4 units = __builtin_convertvector(bytes, Units4);
+    std::memcpy(to, &units, sizeof units);
 }
 
 // The UTF-8 of every unit below U+0800 (one or two bytes, in memory order) and, in the top byte,
@@ -369,8 +383,14 @@ std::u16string fromUtf8(std::string_view s) {
                 i += run;
                 continue;
             }
+            if (i + 4 <= end && asciiBytes4(bytes + i)) {
+                widen4(bytes + i, o);
+                o += 4;
+                i += 4;
+                continue;
+            }
             // A sequence may end past the block; it still gives fewer units than bytes.
-            for (const size_t stop = std::min(end, i + 8); i < stop;) {
+            for (const size_t stop = std::min(end, i + 4); i < stop;) {
                 if (bytes[i] < 0x80) {
                     *o++ = bytes[i++];
                 } else {
