@@ -284,10 +284,17 @@ void putShort(char*& o, char16_t u) {
     o += entry >> 24;
 }
 
-bool allBelow0800(const char16_t* s) {
-    uint64_t block;
-    std::memcpy(&block, s, sizeof block);
-    return (block & 0xF800F800F800F800u) == 0;
+// Writes the character at units[i] (a pair may take the unit after it) and moves past it.
+void putAny(std::u16string_view units, size_t& i, char*& o) {
+    if (units[i] < 0x800) {
+        putShort(o, units[i++]);
+        return;
+    }
+    size_t taken = 0;
+    const char32_t c = nextCodePoint(units, i, taken);
+    putUtf8(o, c);
+    o += utf8Length(c);
+    i += taken;
 }
 
 // Converts units[i, end) into out + written, which has room for three bytes per unit and one
@@ -296,39 +303,37 @@ bool allBelow0800(const char16_t* s) {
 size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, size_t& written) {
     const char16_t* s = units.data();
     char* o = out + written;
-    while (i < end) {
-        if (i + 8 <= end && asciiUnits<8>(s + i)) {
-            // A run of ASCII, found eight units at a time and narrowed in one loop the
-            // compiler vectorizes.
-            size_t run = 8;
-            while (i + run + 8 <= end && asciiUnits<8>(s + i + run)) run += 8;
-            for (size_t k = 0; k < run; ++k) o[k] = static_cast<char>(s[i + k]);
-            o += run;
-            i += run;
+    // Four units a step: ASCII narrowed at once, a mix of ASCII and two-byte letters through the
+    // table. After two ASCII steps in a row, a run of ASCII is looked for eight units at a time
+    // and narrowed in one loop the compiler vectorizes.
+    unsigned asciiSteps = 0;
+    while (i + 4 <= end) {
+        uint64_t four;
+        std::memcpy(&four, s + i, sizeof four);
+        if ((four & 0xFF80FF80FF80FF80u) == 0) {
+            if (++asciiSteps >= 2 && i + 8 <= end && asciiUnits<8>(s + i)) {
+                size_t run = 8;
+                while (i + run + 8 <= end && asciiUnits<8>(s + i + run)) run += 8;
+                for (size_t k = 0; k < run; ++k) o[k] = static_cast<char>(s[i + k]);
+                o += run;
+                i += run;
+                asciiSteps = 0;
+                continue;
+            }
+            narrow4(s + i, o);
+            o += 4;
+            i += 4;
             continue;
         }
-        for (const size_t stop = std::min(end, i + 8); i < stop;) {
-            if (i + 4 <= stop && allBelow0800(s + i)) {
-                if (asciiUnits<4>(s + i)) {
-                    narrow4(s + i, o);
-                    o += 4;
-                } else {
-                    for (size_t k = 0; k < 4; ++k) putShort(o, s[i + k]);
-                }
-                i += 4;
-                continue;
-            }
-            if (s[i] < 0x800) {
-                putShort(o, s[i++]);
-                continue;
-            }
-            size_t taken = 0;
-            const char32_t c = nextCodePoint(units, i, taken);
-            putUtf8(o, c);
-            o += utf8Length(c);
-            i += taken;
+        asciiSteps = 0;
+        if ((four & 0xF800F800F800F800u) == 0) {
+            for (size_t k = 0; k < 4; ++k) putShort(o, s[i + k]);
+            i += 4;
+            continue;
         }
+        putAny(units, i, o);
     }
+    while (i < end) putAny(units, i, o);
     written = static_cast<size_t>(o - out);
     return i;
 }
