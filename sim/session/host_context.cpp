@@ -5,6 +5,7 @@
 
 #include "sim/core/encoding.h"
 #include "sim/core/handles.h"
+#include "sim/core/text.h"
 #include "sim/session/host.h"
 
 namespace sim {
@@ -112,29 +113,45 @@ bool HostContext::isCurrentTableField(std::u16string_view field) {
 
 calc::Context::RecordPlace HostContext::recordPlace() { return host_.recordPlace(file_); }
 
-// Asks the host every time, so that a function unregistered meanwhile (by the calculation's own
-// arguments or by another thread) is missing at its call, not called from a stale copy.
+// Asks the host again whenever its table has changed, so that a function unregistered meanwhile
+// (by the calculation's own arguments or by another thread) is missing at its call, not called
+// from a stale copy. The version is read before asking: a change racing the lookup leaves an
+// older version, and so the next lookup asks again.
 const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {
-    std::optional<RegisteredFunction> f = host_.findFunction(name);
-    if (!f) return nullptr;
-    calc::ExternalFunction entry{f->name, f->id, f->minArgs, f->maxArgs, f->function};
-    auto known = found_.find(name);
-    if (known == found_.end()) {
-        return &found_.emplace(std::u16string(name), std::move(entry)).first->second;
+    return findFunctionLowered(toLower(name));
+}
+
+const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_view lowered) {
+    const uint64_t version = host_.functionsVersion();
+    auto known = found_.find(lowered);
+    if (known == found_.end()) known = found_.try_emplace(std::u16string(lowered)).first;
+    Found& found = known->second;
+    if (found.version != version) {
+        found.registered = host_.findFunctionLowered(lowered, found.entry);
+        found.version = version;
     }
-    known->second = std::move(entry);
-    return &known->second;
+    return found.registered ? &found.entry : nullptr;
 }
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
+    const DataVectHandle params = makeDataVect(args);
+    return call(f, *params, result);
+}
+
+short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
+                                      Value& result) {
+    const DataVectHandle params = makeDataVect(std::move(args));
+    return call(f, *params, result);
+}
+
+short HostContext::call(const calc::ExternalFunction& f, fmx::DataVect& params, Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    DataVectHandle params = makeDataVect(args);
     DataHandle out = makeData();
     short error = 0;
     try {
         CallEnvScope scope(env_);
-        error = f.function(f.id, env_.handleRef(), *params, *out);
+        error = f.function(f.id, env_.handleRef(), params, *out);
     } catch (const std::exception& e) {
         noteEscape(e.what());
         result = Value{};
