@@ -4,8 +4,10 @@
 
 namespace rvl {
 
-Value::Value(const fmx::Data& from) { assign(from); }
+Value::Value(const fmx::Data& from, fmx::int32 fromType) { assign(from, fromType); }
 
-void Value::assign(const fmx::Data& from) { fmlib::FMData2FMData(from, *data_); }
+void Value::assign(const fmx::Data& from, fmx::int32 fromType) {
+    fmlib::FMData2FMData(from, fromType, *data_);
+}
 
 }  // namespace rvl
