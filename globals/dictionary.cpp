@@ -65,7 +65,10 @@ void Dictionary::loadValueForKey(const fmx::Text& key, fmx::Data& out) const {
 void Dictionary::loadValueForKey(KeyView key, fmx::Data& out) const {
     Lock lock(gRecursiveMutex);
     const auto found = values_.find(key);
-    if (found != values_.end()) fmlib::FMData2FMData(found->second->data(), out);
+    if (found != values_.end()) {
+        const Value& value = *found->second;
+        fmlib::FMData2FMData(value.data(), value.type(), out);
+    }
 }
 
 void Dictionary::storeValueForKey(const fmx::Text& key, const fmx::Data& value) {

@@ -23,8 +23,8 @@ bool isDieOnClose(const fmx::Text& option) {
 
 void body::Ravelin_SetGlobal(const fmx::ExprEnv& env, const rvl::Arguments& args,
                              fmx::Data& result) {
-    if (args.count() < 2)
-        return rvl::AnswerBadParameters("Key and value must be specified", env, result);
+    const fmx::uint32 count = args.count();
+    if (count < 2) return rvl::AnswerBadParameters("Key and value must be specified", env, result);
     // The key's units are read once, for the emptiness test and the store alike.
     const rvl::KeyUnits key(args.text(0));
     const fmx::Data& value = args.value(1);
@@ -33,7 +33,7 @@ void body::Ravelin_SetGlobal(const fmx::ExprEnv& env, const rvl::Arguments& args
     const fmx::int32 type = value.GetNativeType();
     // Checked before the option, so that an empty value removes even with a bad option.
     if (isEmptyText(value, type)) return rvl::globalDictionary.removeKeyValue(key.view());
-    if (args.count() >= 3) {
+    if (count >= 3) {
         if (!isDieOnClose(args.text(2))) {
             return rvl::AnswerBadParameters("Unknown value of parameter moreOptions", env, result);
         }
