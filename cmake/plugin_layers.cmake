@@ -41,6 +41,10 @@ foreach(layer ${PLUGIN_LAYERS})
   add_library(layer_${layer} OBJECT ${layer_sources})
   set_property(TARGET layer_${layer} PROPERTY INCLUDE_DIRECTORIES ${LAYER_ROOT_${layer}})
   set_target_properties(layer_${layer} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  # Calls into the host and the libraries go straight through the GOT, without a PLT stub: the
+  # plug-in makes several host calls per character or cell of work, and everything is bound at
+  # load time anyway (the host's functions must all be there).
+  target_compile_options(layer_${layer} PRIVATE -fno-plt)
   target_link_libraries(layer_${layer} PUBLIC ICU::uc ICU::i18n Threads::Threads)
   list(APPEND PLUGIN_OBJECTS $<TARGET_OBJECTS:layer_${layer}>)
 endforeach()

@@ -4,7 +4,6 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
-#include <cstring>
 #include <ctime>
 #include <limits>
 #include <vector>
@@ -79,6 +78,18 @@ void appendUtf8(std::string& bytes, char32_t c) {
         bytes += static_cast<char>(0x80 | ((c >> (6 * continuation)) & 0x3F));
 }
 
+// The bytes of `text` in `encoding` that fit a zero-filled buffer of `bufferBytes`, terminator
+// included, up to the first zero byte.
+std::string bytesCut(const fmx::Text& text, std::size_t bufferBytes, fmx::int32 encoding) {
+    const std::size_t bytes =
+        std::min<std::size_t>(bufferBytes, std::numeric_limits<fmx::uint32>::max());
+    if (bytes == 0) return {};
+    std::vector<char> buffer(bytes, '\0');
+    text.GetBytes(buffer.data(), static_cast<fmx::uint32>(bytes), 0, fmx::kSize_End, encoding);
+    buffer.back() = '\0';
+    return std::string(buffer.data());
+}
+
 std::vector<fmx::unichar16> unitsOf(const fmx::Text& text) {
     std::vector<fmx::unichar16> units(text.GetSize());
     if (!units.empty()) text.GetUnicode(units.data(), 0, static_cast<fmx::uint32>(units.size()));
@@ -123,12 +134,11 @@ std::string StringFromFmText(const fmx::Text& text) {
     if (units == 0) return {};
     // Two bytes per unit for the text, and one more for the terminator the host writes, so
     // that a text of one- and two-byte characters always comes back whole.
-    const std::size_t bytes =
-        std::min<std::size_t>(2 * units + 1, std::numeric_limits<fmx::uint32>::max());
-    std::vector<char> buffer(bytes, '\0');
-    text.GetBytes(buffer.data(), static_cast<fmx::uint32>(bytes), 0, fmx::kSize_End,
-                  fmx::kEncoding_UTF8);
-    return std::string(buffer.data(), strnlen(buffer.data(), bytes));
+    return bytesCut(text, 2 * units + 1, fmx::kEncoding_UTF8);
+}
+
+std::string NativeBytesCut(const fmx::Text& text, std::size_t bufferBytes) {
+    return bytesCut(text, bufferBytes, fmx::kEncoding_Native);
 }
 
 std::wstring WStringFromFMText(const fmx::Text& text) {

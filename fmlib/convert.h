@@ -2,6 +2,7 @@
 // pass through as exceptions.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,12 @@ namespace fmlib {
 // host's terminator) and ending at the first zero byte. Characters of three UTF-8 bytes per unit
 // can fill that buffer before the end of the text, which then comes back cut.
 std::string StringFromFmText(const fmx::Text& text);
+
+// The text's bytes in the host's native encoding, read into a zero-filled buffer of `bufferBytes`
+// (the host's terminator included) and ending at the first zero byte: at most bufferBytes - 1
+// bytes. The buffer's last byte is always taken as the end, so a host that fills the whole
+// buffer cannot make the read go past it. A zero `bufferBytes` gives nothing.
+std::string NativeBytesCut(const fmx::Text& text, std::size_t bufferBytes);
 
 // One wide character per UTF-16 unit (surrogate pairs stay two halves), up to the first zero.
 std::wstring WStringFromFMText(const fmx::Text& text);

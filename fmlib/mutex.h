@@ -15,6 +15,9 @@ public:
     void unlock() RELEASE() { m_.unlock(); }
     bool try_lock() TRY_ACQUIRE(true) { return m_.try_lock(); }
 
+    // The standard mutex itself, for UniqueLock; locking it directly hides it from the analysis.
+    StdMutex& native() { return m_; }
+
 private:
     StdMutex m_;
 };
@@ -35,6 +38,25 @@ public:
 
 private:
     M& m_;
+};
+
+// Holds `m` from construction to destruction, except between unlock() and lock() again. A
+// condition variable waits on native(): the wait releases the mutex and takes it again before it
+// returns, so to the analysis the mutex stays held, as it is whenever the caller runs.
+class SCOPED_CAPABILITY UniqueLock {
+public:
+    explicit UniqueLock(Mutex& m) ACQUIRE(m) : lock_(m.native()) {}
+    ~UniqueLock() RELEASE() {}
+    UniqueLock(const UniqueLock&) = delete;
+    UniqueLock& operator=(const UniqueLock&) = delete;
+
+    void lock() ACQUIRE() { lock_.lock(); }
+    void unlock() RELEASE() { lock_.unlock(); }
+
+    std::unique_lock<std::mutex>& native() { return lock_; }
+
+private:
+    std::unique_lock<std::mutex> lock_;
 };
 
 }  // namespace fmlib

@@ -13,18 +13,26 @@ namespace fmlib {
 // is (or `count` is 0). No trimming and no prefixes: "shor" matches nothing in ("short").
 int FindFMTextInArray(const fmx::Text& text, const char** words, unsigned count);
 
-// Calls `f` with each piece of `s` between delimiters, cut as explode() cuts them; stops early,
-// answering false, when `f` answers false.
+// Whether an empty piece after the last delimiter (or an empty `s`) counts as a piece.
+enum class EmptyLastPiece { kDropped, kKept };
+
+// Calls `f` with each piece of `s` between delimiters; two delimiters in a row enclose an empty
+// piece. By default cut as explode() cuts: an empty last piece is dropped, so an empty `s` has
+// none. Kept, n delimiters always make n + 1 pieces. Stops early, answering false, when `f`
+// answers false.
 template <class F>
-bool eachPiece(std::string_view s, char delimiter, F f) {
+bool eachPiece(std::string_view s, char delimiter, F f,
+               EmptyLastPiece emptyLast = EmptyLastPiece::kDropped) {
     std::size_t start = 0;
-    while (start < s.size()) {
+    while (true) {
         const std::size_t cut = s.find(delimiter, start);
-        if (!f(s.substr(start, cut == std::string_view::npos ? cut : cut - start))) return false;
-        if (cut == std::string_view::npos) break;
+        if (cut == std::string_view::npos) {
+            if (start == s.size() && emptyLast == EmptyLastPiece::kDropped) return true;
+            return f(s.substr(start));
+        }
+        if (!f(s.substr(start, cut - start))) return false;
         start = cut + 1;
     }
-    return true;
 }
 
 }  // namespace fmlib

@@ -1,7 +1,5 @@
 // Ravelin_Set( selector ; newValue ): the global store's clean-up interval and the
 // inline-documentation switch.
-#include <array>
-#include <cstring>
 #include <iterator>
 
 #include "fmlib/convert.h"
@@ -28,10 +26,7 @@ void setCleanPeriod(const fmx::DataVect& args, fmx::Data& result) {
 // Only "off", in lower case, turns the switch off; anything else turns it on. Either way the
 // whole table is registered again (what the host answers is not looked at).
 void setInlineDocumentation(const fmx::DataVect& args, fmx::Data& result) {
-    std::array<char, kSwitchValueBytes> value{};
-    args.AtAsText(1).GetBytes(value.data(), kSwitchValueBytes, 0, fmx::kSize_End,
-                              fmx::kEncoding_Native);
-    if (std::strcmp(value.data(), "off") == 0) {
+    if (fmlib::NativeBytesCut(args.AtAsText(1), kSwitchValueBytes) == "off") {
         turnOffInlineDoc();
     } else {
         turnOnInlineDoc();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fmlib/convert.h"
+#include "fmlib/text_utils.h"
 
 namespace rvl {
 
@@ -15,19 +16,22 @@ namespace {
 
 constexpr char kReturn = '\r';
 
+// One number a line, empty lines at either end included; a line that does not start with a
+// number repeats the one before (0 at first).
 std::vector<double> readNumbers(std::string_view lines) {
     std::vector<double> numbers;
     double previous = 0;
-    std::size_t start = 0;
-    while (true) {
-        const std::size_t end = std::min(lines.find(kReturn, start), lines.size());
-        const std::string line(lines.substr(start, end - start));
-        double number = 0;
-        if (std::sscanf(line.c_str(), "%lf", &number) == 1) previous = number;
-        numbers.push_back(previous);
-        if (end == lines.size()) return numbers;
-        start = end + 1;
-    }
+    fmlib::eachPiece(
+        lines, kReturn,
+        [&](std::string_view piece) {
+            const std::string line(piece);
+            double number = 0;
+            if (std::sscanf(line.c_str(), "%lf", &number) == 1) previous = number;
+            numbers.push_back(previous);
+            return true;
+        },
+        fmlib::EmptyLastPiece::kKept);
+    return numbers;
 }
 
 // Ascending, with NaN ("%lf" reads "nan") after every number, so that the order stays strict.

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -83,35 +84,29 @@ std::string NameForIP(const std::string& hostIP, const NameServers& servers) {
 
 namespace {
 
-constexpr fmx::uint32 kArgumentBufferSize = 1024;
-
-// The first argument in the host's native encoding, cut at the buffer's size.
-std::string argumentBytes(const rvl::Arguments& args) {
-    char buffer[kArgumentBufferSize] = {};
-    args.text(0).GetBytes(buffer, kArgumentBufferSize, 0, fmx::kSize_End, fmx::kEncoding_Native);
-    buffer[kArgumentBufferSize - 1] = '\0';
-    return buffer;
-}
+// The argument is read into this many bytes, the terminator included.
+constexpr std::size_t kArgumentBufferSize = 1024;
 
 // The routine's answer, a message included, becomes the result text; the last error stays as
 // it was.
 template <class Resolve>
 void answerResolved(const fmx::ExprEnv& env, const rvl::Arguments& args, fmx::Data& result,
-                            std::string_view missing, Resolve resolve) {
+                    std::string_view missing, Resolve resolve) {
     if (args.count() < 1) return rvl::AnswerBadParameters(missing, env, result);
-        fmlib::SetResultText(result, resolve(argumentBytes(args)), fmx::kEncoding_Native);
+    fmlib::SetResultText(result, resolve(fmlib::NativeBytesCut(args.text(0), kArgumentBufferSize)),
+                         fmx::kEncoding_Native);
 }
 
 }  // namespace
 
 void body::Ravelin_GetNameForIP(const fmx::ExprEnv& env, const rvl::Arguments& args,
-                                  fmx::Data& result) {
+                                fmx::Data& result) {
     answerResolved(env, args, result, "IP address is not specified",
-                          [](const std::string& ip) { return slib::NameForIP(ip); });
+                   [](const std::string& ip) { return slib::NameForIP(ip); });
 }
 
 void body::Ravelin_GetIPforName(const fmx::ExprEnv& env, const rvl::Arguments& args,
-                                  fmx::Data& result) {
+                                fmx::Data& result) {
     answerResolved(env, args, result, "Host name is not specified",
-                          [](const std::string& name) { return slib::IPForName(name); });
+                   [](const std::string& name) { return slib::IPForName(name); });
 }

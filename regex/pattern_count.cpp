@@ -9,6 +9,7 @@
 #include <unicode/uregex.h>
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <string>
@@ -20,7 +21,8 @@
 
 namespace {
 
-constexpr fmx::uint32 kArgumentBuffer = 1024;
+// Each argument is read into this many bytes, the terminator included.
+constexpr std::size_t kArgumentBuffer = 1024;
 using Clock = std::chrono::steady_clock;
 constexpr auto kCountDeadline = std::chrono::seconds(1);
 
@@ -29,13 +31,6 @@ constexpr auto kCountDeadline = std::chrono::seconds(1);
 // length depends on the machine, and it restarts at every match.
 UBool beforeDeadline(const void* context, int32_t) {
     return Clock::now() < *static_cast<const Clock::time_point*>(context);
-}
-
-// The argument's bytes in the host's native encoding, at most 1023 of them.
-std::string argumentBytes(const fmx::Text& text) {
-    char buffer[kArgumentBuffer] = {};
-    text.GetBytes(buffer, kArgumentBuffer, 0, fmx::kSize_End, fmx::kEncoding_Native);
-    return std::string(buffer);
 }
 
 std::u16string utf16Of(const std::string& utf8) {
@@ -70,13 +65,13 @@ std::string patternCount(const std::string& text, const std::string& pattern) {
 }  // namespace
 
 fmx::errcode body::Ravelin_RegExp_PatternCount(const fmx::ExprEnv& env, const rvl::Arguments& args,
-                                         fmx::Data& result) {
+                                               fmx::Data& result) {
     if (args.count() < 2) {
         rvl::AnswerBadParameters("At least two parameters needed", env, result);
         return 0;
     }
-    const std::string answer =
-        patternCount(argumentBytes(args.text(0)), argumentBytes(args.text(1)));
+    const std::string answer = patternCount(fmlib::NativeBytesCut(args.text(0), kArgumentBuffer),
+                                            fmlib::NativeBytesCut(args.text(1), kArgumentBuffer));
     fmlib::SetResultText(result, answer, fmx::kEncoding_Native);
     return 0;
 }

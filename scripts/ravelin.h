@@ -16,13 +16,13 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
+#include "fmlib/mutex.h"
 #include "host/fmx_types.h"
 #include "scripts/file_maker_script.h"
 #include "scripts/scheduler_clock.h"
@@ -57,51 +57,61 @@ public:
     // take it past kMaxQueuedBytes. Throws only when the timer thread cannot be started, and
     // then nothing is scheduled.
     bool scheduleScript(std::string scriptName, std::string fileName, std::string parameter,
-                        double delaySeconds);
+                        double delaySeconds) EXCLUDES(mutex_);
 
     // The pending array: nullopt until the first request came due.
-    std::optional<std::vector<FileMakerScript>> getScheduledScripts() const;
-    void setScheduledScripts(std::optional<std::vector<FileMakerScript>> scripts);
+    std::optional<std::vector<FileMakerScript>> getScheduledScripts() const EXCLUDES(mutex_);
+    void setScheduledScripts(std::optional<std::vector<FileMakerScript>> scripts) EXCLUDES(mutex_);
 
     // The idle side: starts the last pending script, logs a non-zero answer, then drops the
     // record whatever the outcome (also when `start` throws; the exception passes on). The
     // mutex is not held while `start` runs, and a call made while another one is starting a
     // script (nested, or from another thread) returns at once, so a record is never started
     // twice.
-    void performScheduledScripts(const StartScript& start);
+    void performScheduledScripts(const StartScript& start) EXCLUDES(mutex_);
 
     // Requests whose time has not come yet.
-    std::size_t waitingCount() const;
+    std::size_t waitingCount() const EXCLUDES(mutex_);
 
     // For clocks that jump: wakes the timer and returns once it has delivered every request
     // due at the clock's time of the call (at once when the timer has not started).
-    void clockAdvanced();
+    void clockAdvanced() EXCLUDES(mutex_);
 
-    void log(std::string_view line) const;
+    // Never with the mutex held, so that a slow sink holds up neither side.
+    void log(std::string_view line) const EXCLUDES(mutex_);
 
 private:
-    void startTimerLocked();
-    bool queueHasRoomLocked(std::size_t bytes) const;
-    void runTimer() noexcept;
+    void startTimerLocked() REQUIRES(mutex_);
+    bool queueHasRoomLocked(std::size_t bytes) const REQUIRES(mutex_);
+    void runTimer() noexcept EXCLUDES(mutex_);
     // Moves every due request to the pending array and returns the log lines that go with it.
-    std::vector<std::string> deliverDueLocked();
-    std::optional<std::chrono::nanoseconds> earliestDueLocked() const;
-    void dropStarted(std::size_t index, std::uint64_t arrayGeneration) noexcept;
+    // Out of memory, the request being moved is lost, the rest wait, and no line is returned.
+    std::vector<std::string> deliverDueLocked() noexcept REQUIRES(mutex_);
+    // A line the sink fails on ends the batch.
+    void logAll(const std::vector<std::string>& lines) const noexcept EXCLUDES(mutex_);
+    // Until the next request is due or the timer is woken; `lock` holds the mutex again after.
+    void waitLocked(fmlib::UniqueLock& lock) noexcept REQUIRES(mutex_);
+    std::optional<std::chrono::nanoseconds> earliestDueLocked() const REQUIRES(mutex_);
+    void dropStarted(std::size_t index, std::uint64_t arrayGeneration) noexcept EXCLUDES(mutex_);
 
     const std::shared_ptr<const SchedulerClock> clock_;
     const LogSink log_;
 
-    mutable std::mutex mutex_;
+    mutable fmlib::Mutex mutex_;
     std::condition_variable timerWake_;
     std::condition_variable passDone_;
     // Due time to request; equal due times keep the order they were scheduled in.
-    std::multimap<std::chrono::nanoseconds, FileMakerScript> waiting_;
-    std::optional<std::vector<FileMakerScript>> scheduledScripts_;
-    std::uint64_t arrayGeneration_ = 0;  // bumped when the whole array is replaced
-    std::uint64_t wakeups_ = 0;          // requests for a timer pass
-    std::uint64_t passesDone_ = 0;       // the last request a finished pass had seen
-    bool stopping_ = false;
-    std::thread timer_;
+    std::multimap<std::chrono::nanoseconds, FileMakerScript> waiting_ GUARDED_BY(mutex_);
+    std::optional<std::vector<FileMakerScript>> scheduledScripts_ GUARDED_BY(mutex_);
+    // Bumped when the whole array is replaced.
+    std::uint64_t arrayGeneration_ GUARDED_BY(mutex_) = 0;
+    std::uint64_t wakeups_ GUARDED_BY(mutex_) = 0;  // requests for a timer pass
+    // The last request a finished pass had seen.
+    std::uint64_t passesDone_ GUARDED_BY(mutex_) = 0;
+    bool stopping_ GUARDED_BY(mutex_) = false;
+    // Started under the mutex; the destructor joins it without, once stopping_ is set (the
+    // timer thread never touches it).
+    std::thread timer_ GUARDED_BY(mutex_);
 
     std::atomic<bool> performing_{false};
 };

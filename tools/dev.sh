@@ -129,6 +129,13 @@ case "${1:-}" in
     cmake --build "$root/build-bench" --target ravelin_bench -j "$jobs"
     (cd "$root/build-bench" && ./ravelin_bench "${@:2}")
     ;;
+  cost)
+    # Instructions per unit of work under callgrind; `--write docs/performance.md` keeps the table.
+    install_missing valgrind
+    configure "$root/build" "${release[@]}"
+    cmake --build "$root/build" --target ravelin_cost -j "$jobs"
+    python3 "$root/tools/cost.py" "$root/build" "${@:2}"
+    ;;
   package)
     install_missing
     install_arm
@@ -155,7 +162,7 @@ case "${1:-}" in
     done
     ;;
   *)
-    echo "usage: tools/dev.sh demo|test|test-arm|bench|package|fuzz" >&2
+    echo "usage: tools/dev.sh demo|test|test-arm|bench|cost|package|fuzz" >&2
     exit 2
     ;;
 esac

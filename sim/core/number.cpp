@@ -535,7 +535,7 @@ std::optional<Number> power(const Number& base, const Number& exponent, int plac
     }
     // The size of the result, roughly, before computing it: beyond the range is "?" or 0.
     Number leading;
-    leading.value = Digits{false, b.digits.substr(0, 17), 1};
+    leading.value = Digits{b.digits.substr(0, 17), 1, false};
     const double magnitude = (b.point - 1 + std::log10(leading.toDouble())) * exponent.toDouble();
     if (magnitude > kMaxPoint + 1) return std::nullopt;
     if (magnitude < -kMaxPoint - 1) return Number{};

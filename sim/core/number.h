@@ -14,9 +14,9 @@ namespace decimal {
 // value = 0.digits x 10^point; digits has no leading or trailing zeros and is empty for zero
 // (which is never negative).
 struct Digits {
-    bool negative = false;
-    std::string digits;
+    std::string digits;  // first, so that the small members share the last word
     int point = 0;
+    bool negative = false;
 
     friend bool operator==(const Digits&, const Digits&) = default;
 };
@@ -38,15 +38,15 @@ void truncateToPlaces(Digits& d, long places);
 // (GetAsNumber ( "abc" ) is empty, not 0); arithmetic reads an empty number as 0.
 struct Number {
     decimal::Digits value;
-    bool empty = false;
     int precision = 16;
+    bool empty = false;
 
     static Number fromInt(int64_t n);
     // m x 10^exponent, exactly.
     static Number fromScaled(int64_t m, int exponent);
     // The double's shortest decimal form (0.1 is 0.1); not finite gives 0.
     static Number fromDouble(double d);
-    static Number none() { return Number{{}, true}; }
+    static Number none() { return Number{{}, 16, true}; }
 
     // For counts, positions and binary interfaces; beyond the double range gives +-infinity.
     double toDouble() const;

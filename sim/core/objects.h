@@ -34,7 +34,8 @@ struct QuadCharObj {
 class DataObj {
 public:
     DataObj() = default;
-    explicit DataObj(Value v) : value_(std::move(v)) {}
+    explicit DataObj(Value&& v) : value_(std::move(v)) {}
+    explicit DataObj(const Value& v) : value_(v) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);

@@ -54,8 +54,20 @@ Value Value::text(std::u16string s) { return text(Text(std::move(s))); }
 Value Value::number(Number n) {
     Value v;
     v.type_ = Type::Number;
-    v.number_ = n;
+    v.payload_ = std::move(n);
     return v;
+}
+
+const Number& Value::numberValue() const {
+    static const Number kEmpty = Number::none();
+    const Number* n = std::get_if<Number>(&payload_);
+    return n ? *n : kEmpty;
+}
+
+const DateTime& Value::dateTimeValue() const {
+    static const DateTime kZero{};
+    const DateTime* dt = std::get_if<DateTime>(&payload_);
+    return dt ? *dt : kZero;
 }
 
 // Whole numbers exactly; fractions of binary arithmetic (counts, time parts) to 15 significant
@@ -72,21 +84,21 @@ Value Value::number(double d) {
 Value Value::boolean(bool b) {
     Value v;
     v.type_ = Type::Boolean;
-    v.number_ = Number::fromInt(b ? 1 : 0);
+    v.payload_ = Number::fromInt(b ? 1 : 0);
     return v;
 }
 
 Value Value::date(DateTime d) {
     Value v;
     v.type_ = Type::Date;
-    v.dt_ = wholeDay(d);
+    v.payload_ = wholeDay(d);
     return v;
 }
 
 Value Value::time(DateTime t) {
     Value v;
     v.type_ = Type::Time;
-    v.dt_ = t;
+    v.payload_ = t;
     return v;
 }
 
@@ -99,14 +111,14 @@ Value Value::duration(DateTime t) {
 Value Value::timestamp(DateTime ts) {
     Value v;
     v.type_ = Type::Timestamp;
-    v.dt_ = ts;
+    v.payload_ = ts;
     return v;
 }
 
 Value Value::binary(Binary b) {
     Value v;
     v.type_ = Type::Binary;
-    v.binary_ = std::make_shared<const Binary>(std::move(b));
+    v.payload_ = std::make_shared<const Binary>(std::move(b));
     return v;
 }
 
@@ -119,9 +131,13 @@ Value Value::emptyOf(Type t) {
             return text(u"");
         case Type::Binary:
             return binary({});
-        default:
+        case Type::Number:
+        case Type::Boolean:
             v.type_ = t;
-            v.number_.empty = true;
+            v.payload_ = Number::none();
+            return v;
+        default:  // a date, time or timestamp without a moment
+            v.type_ = t;
             return v;
     }
 }
@@ -132,51 +148,58 @@ bool Value::isEmpty() const {
             return true;
         case Type::Text:
             return text_.empty();
-        case Type::Binary:
-            return binary_ == nullptr || binary_->streams.empty();
+        case Type::Binary: {
+            const auto* b = binaryPayload();
+            return b == nullptr || *b == nullptr || (*b)->streams.empty();
+        }
+        case Type::Number:
+        case Type::Boolean:
+            return numberValue().empty;
         default:
-            return number_.empty;
+            return !hasMoment();
     }
 }
 
 Text Value::asText() const {
     if (type_ == Type::Text || hasTextForm_) return text_;
-    if (isDateKind(type_) && number_.empty) return Text();
+    if (isDateKind(type_) && !hasMoment()) return Text();
+    const DateTime& moment = dateTimeValue();
     if (sqlTextForm_) {
-        if (type_ == Type::Date) return Text(formatSqlDate(dt_));
-        if (type_ == Type::Time) return Text(formatSqlTime(dt_));
-        if (type_ == Type::Timestamp) return Text(formatSqlTimestamp(dt_));
+        if (type_ == Type::Date) return Text(formatSqlDate(moment));
+        if (type_ == Type::Time) return Text(formatSqlTime(moment));
+        if (type_ == Type::Timestamp) return Text(formatSqlTimestamp(moment));
     }
     switch (type_) {
         case Type::Number:
         case Type::Boolean:
-            return Text(formatNumber(number_));
+            return Text(formatNumber(numberValue()));
         case Type::Date:
-            return Text(formatDate(dt_));
+            return Text(formatDate(moment));
         case Type::Time:
-            return Text(duration_ ? formatDuration(dt_) : formatTime(dt_));
+            return Text(duration_ ? formatDuration(moment) : formatTime(moment));
         case Type::Timestamp:
-            return Text(formatTimestamp(dt_));
+            return Text(formatTimestamp(moment));
         case Type::Binary:
-            return Text(binary_ ? containerName(*binary_) : u"");
+            return Text(containerName(asBinary()));
         default:
             return Text();
     }
 }
 
 Number Value::asNumber() const {
-    if (isDateKind(type_) && number_.empty) return Number::none();
+    if (isDateKind(type_) && !hasMoment()) return Number::none();
+    const DateTime& moment = dateTimeValue();
     switch (type_) {
         case Type::Text:
             return parseNumber(text_.units());
         case Type::Number:
         case Type::Boolean:
-            return number_;
+            return numberValue();
         case Type::Date:
-            return Number::fromInt(dt_.days());
+            return Number::fromInt(moment.days());
         case Type::Time:
         case Type::Timestamp:
-            return Number::fromScaled(dt_.usec, -6);
+            return Number::fromScaled(moment.usec, -6);
         default:
             return Number::none();
     }
@@ -184,6 +207,8 @@ Number Value::asNumber() const {
 
 std::optional<DateTime> Value::tryDate() const {
     if (isEmpty()) return std::nullopt;
+    const Number& num = numberValue();
+    const DateTime& moment = dateTimeValue();
     switch (type_) {
         case Type::Text:
             if (auto d = parseDate(text_.units())) return d;
@@ -191,12 +216,12 @@ std::optional<DateTime> Value::tryDate() const {
             return std::nullopt;
         case Type::Number:
         case Type::Boolean:
-            if (!(std::fabs(number_.toDouble()) < kMaxDayNumber)) return std::nullopt;
-            return DateTime::fromDays(static_cast<int64_t>(floorOf(number_).toDouble()));
+            if (!(std::fabs(num.toDouble()) < kMaxDayNumber)) return std::nullopt;
+            return DateTime::fromDays(static_cast<int64_t>(floorOf(num).toDouble()));
         case Type::Date:
         case Type::Time:
         case Type::Timestamp:
-            return wholeDay(dt_);
+            return wholeDay(moment);
         default:
             return std::nullopt;
     }
@@ -204,6 +229,8 @@ std::optional<DateTime> Value::tryDate() const {
 
 std::optional<DateTime> Value::tryTime() const {
     if (isEmpty()) return std::nullopt;
+    const Number& num = numberValue();
+    const DateTime& moment = dateTimeValue();
     switch (type_) {
         case Type::Text:
             if (auto t = parseTime(text_.units())) return t;
@@ -211,13 +238,13 @@ std::optional<DateTime> Value::tryTime() const {
             return std::nullopt;
         case Type::Number:
         case Type::Boolean:
-            return DateTime::fromSeconds(number_);
+            return DateTime::fromSeconds(num);
         case Type::Date:
             return DateTime{};
         case Type::Time:
-            return dt_;
+            return moment;
         case Type::Timestamp:
-            return timeOfDay(dt_);
+            return timeOfDay(moment);
         default:
             return std::nullopt;
     }
@@ -225,17 +252,19 @@ std::optional<DateTime> Value::tryTime() const {
 
 std::optional<DateTime> Value::tryTimestamp() const {
     if (isEmpty()) return std::nullopt;
+    const Number& num = numberValue();
+    const DateTime& moment = dateTimeValue();
     switch (type_) {
         case Type::Text:
             if (auto ts = parseTimestamp(text_.units())) return ts;
             return parseTime(text_.units());
         case Type::Number:
         case Type::Boolean:
-            return DateTime::fromSeconds(number_);
+            return DateTime::fromSeconds(num);
         case Type::Date:
         case Type::Time:
         case Type::Timestamp:
-            return dt_;
+            return moment;
         default:
             return std::nullopt;
     }
@@ -252,7 +281,8 @@ bool Value::asBoolean() const {
 
 const Binary& Value::asBinary() const {
     static const Binary kNone;
-    return type_ == Type::Binary && binary_ ? *binary_ : kNone;
+    const auto* b = binaryPayload();
+    return type_ == Type::Binary && b != nullptr && *b != nullptr ? **b : kNone;
 }
 
 Value Value::as(Type t) const {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "sim/core/datetime.h"
@@ -82,8 +83,10 @@ public:
     // Raw access for the value's own type.
     const Text& textValue() const { return text_; }
     Text& textValue() { return text_; }
-    const Number& numberValue() const { return number_; }
-    const DateTime& dateTimeValue() const { return dt_; }
+    // The number of a number or boolean (an empty number for other types).
+    const Number& numberValue() const;
+    // The moment of a date, time or timestamp (the zero moment for an empty one or other types).
+    const DateTime& dateTimeValue() const;
 
     // Values that come out of SQL results carry SQL's text forms: asText() of a date, time or
     // timestamp marked this way gives formatSqlDate/Time/Timestamp instead of the calculation
@@ -97,17 +100,23 @@ public:
 
 private:
     const Text& makeTextForm();
+    // A date, time or timestamp without value holds no moment.
+    bool hasMoment() const { return std::holds_alternative<DateTime>(payload_); }
+    const std::shared_ptr<const Binary>* binaryPayload() const {
+        return std::get_if<std::shared_ptr<const Binary>>(&payload_);
+    }
 
     Type type_ = Type::Invalid;
     bool sqlTextForm_ = false;
     bool hasTextForm_ = false;
     bool duration_ = false;
     int32_t locale_ = 1;
-    Text text_;      // the text of a text value; the carried text form of another
-    Number number_;  // for dates, times and timestamps only `empty` is used
-    DateTime dt_;
-    // A container's streams never change once made, so copies share them.
-    std::shared_ptr<const Binary> binary_;
+    Text text_;  // the text of a text value; the carried text form of another
+    // What the type holds besides text, only that: a number (numbers and booleans), a moment
+    // (dates, times, timestamps), or a container's streams, which never change once made, so
+    // that copies share them. Values are kept by the million (a query's result), so they do not
+    // carry room for every type.
+    std::variant<std::monostate, Number, DateTime, std::shared_ptr<const Binary>> payload_;
 };
 
 }  // namespace sim

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fmlib/convert.h"
@@ -46,10 +47,26 @@ TEST(Explode, PieceRules) {
     const struct {
         std::string in;
         Pieces out;
+        Pieces emptyLastKept;
     } cases[] = {
-        {"a,,b,", {"a", "", "b"}}, {"", {}}, {",", {""}}, {"a", {"a"}}, {",a", {"", "a"}},
+        {"a,,b,", {"a", "", "b"}, {"a", "", "b", ""}},
+        {"", {}, {""}},
+        {",", {""}, {"", ""}},
+        {"a", {"a"}, {"a"}},
+        {",a", {"", "a"}, {"", "a"}},
     };
-    for (const auto& c : cases) EXPECT_EQ(explode(c.in, ','), c.out) << c.in;
+    for (const auto& c : cases) {
+        EXPECT_EQ(explode(c.in, ','), c.out) << c.in;
+        Pieces kept;
+        fmlib::eachPiece(
+            c.in, ',',
+            [&](std::string_view piece) {
+                kept.emplace_back(piece);
+                return true;
+            },
+            fmlib::EmptyLastPiece::kKept);
+        EXPECT_EQ(kept, c.emptyLastKept) << c.in;
+    }
 }
 
 // The two rules for broken UTF-8 differ where the HTML route lets a form through; UTF-16 back
@@ -95,6 +112,30 @@ TEST_F(Fmlib, Utf8IsCutAtTwoBytesPerUnit) {
         EXPECT_EQ(fmlib::StringFromFmText(*makeText(c.text)), c.utf8);
         EXPECT_EQ(StringFromFmText(makeText(c.text)), c.utf8);
     }
+}
+
+// A 1024-byte buffer holds 1023 bytes and the terminator. The substitute host writes whole
+// characters only, so one that straddles the cut is left out whole.
+TEST_F(Fmlib, NativeBytesAreCutAtTheBuffer) {
+    const std::u16string a1022(1022, u'a');
+    const struct {
+        std::u16string text;
+        std::string bytes;
+    } cases[] = {
+        {u"", ""},
+        {u"h\u00E9", "h\xC3\xA9"},
+        {std::u16string(1023, u'x'), std::string(1023, 'x')},
+        {std::u16string(1024, u'x'), std::string(1023, 'x')},
+        {std::u16string(2000, u'x'), std::string(1023, 'x')},
+        {a1022 + u"\u00E9", std::string(1022, 'a')},
+        {a1022 + u"\u20AC", std::string(1022, 'a')},
+        {std::u16string(u"ab\0cd", 5), "ab"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(fmlib::NativeBytesCut(*makeText(c.text), 1024), c.bytes) << c.text.size();
+    }
+    EXPECT_EQ(fmlib::NativeBytesCut(*makeText(u"abc"), 1), "");
+    EXPECT_EQ(fmlib::NativeBytesCut(*makeText(u"abc"), 0), "");
 }
 
 TEST_F(Fmlib, WideAndUtf16Strings) {
