@@ -100,7 +100,7 @@ private:
     // cached). A failing expression stands for itself (styles kept) and is not cached, so it is
     // tried again where it recurs.
     void appendEvaluated(std::size_t start, std::size_t end) {
-        const std::u16string_view units = std::u16string_view(units_).substr(start, end - start);
+        const std::u16string_view units(units_.data() + start, end - start);
         // Only units that make a key are cached by units, so a hit needs no test of them.
         if (const fmx::Text* cached = cache_.find(units)) return output_->AppendText(*cached);
         const bool byUnits = ResultsMap::keyedByUnits(units);

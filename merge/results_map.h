@@ -24,6 +24,9 @@ public:
     // The answer of find for an expression that is not cached.
     static constexpr int kNotCached = -2348;
 
+    // Few entries per bucket, since every span of a template is looked up.
+    ResultsMap() { byUnits_.max_load_factor(0.25F); }
+
     // An expression's key: units, or bytes the host spelled that are no units' UTF-8.
     struct Key {
         bool byUnits = true;

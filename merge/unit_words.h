@@ -75,14 +75,15 @@ inline bool allOneOrTwoUtf8Bytes(std::u16string_view units) {
     return true;
 }
 
-// A hash of the units, a word at a time (FNV-1a's multiplier over 64-bit words).
+// A hash of the units, a word at a time (FNV-1a's multiplier over 64-bit words); the table
+// takes it modulo a prime, which every bit reaches.
 inline std::size_t hashUnits(std::u16string_view units) {
     constexpr uint64_t kPrime = 0x100000001B3;
-    uint64_t h = 0xCBF29CE484222325 ^ units.size();
+    uint64_t h = 0xCBF29CE484222325;
     std::size_t i = 0;
     for (; i + 4 <= units.size(); i += 4) h = (h ^ wordAt(units.data() + i)) * kPrime;
     for (; i < units.size(); ++i) h = (h ^ units[i]) * kPrime;
-    return static_cast<std::size_t>(h ^ (h >> 29));
+    return static_cast<std::size_t>(h);
 }
 
 }  // namespace merge_units

@@ -22,13 +22,6 @@ DataVectHandle makeDataVect(const std::vector<Value>& values) {
     return DataVectHandle(handleOf(vect.release()));
 }
 
-DataVectHandle makeDataVect(std::vector<Value>&& values) {
-    auto vect = std::make_unique<DataVectObj>();
-    vect->items.reserve(values.size());
-    for (Value& v : values) vect->items.emplace_back(std::move(v));
-    return DataVectHandle(handleOf(vect.release()));
-}
-
 RowVectHandle makeRowVect() { return RowVectHandle(handleOf(new RowVectObj)); }
 
 // --- Reading and writing through handles ----------------------------------------------------

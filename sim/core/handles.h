@@ -33,7 +33,6 @@ using RowVectHandle = std::unique_ptr<fmx::RowVect, RowVectHandleDeleter>;
 TextHandle makeText(Text t = {});
 DataHandle makeData(Value v = {});
 DataVectHandle makeDataVect(const std::vector<Value>& values);
-DataVectHandle makeDataVect(std::vector<Value>&& values);  // the values moved in
 RowVectHandle makeRowVect();
 
 const Value& valueOf(const fmx::Data& d);

@@ -1,10 +1,11 @@
 #include "sim/session/host_context.h"
 
+#include <cstring>
 #include <exception>
 #include <mutex>
 
 #include "sim/core/encoding.h"
-#include "sim/core/handles.h"
+#include "sim/core/objects.h"
 #include "sim/core/text.h"
 #include "sim/session/host.h"
 
@@ -135,23 +136,22 @@ const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_vi
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
-    const DataVectHandle params = makeDataVect(args);
-    return call(f, *params, result);
+    return callFunctionTaking(f, std::vector<Value>(args), result);
 }
 
+// The argument vector and the result live on this frame: the plug-in only borrows them for the
+// call, so they need no allocation of their own.
 short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
                                       Value& result) {
-    const DataVectHandle params = makeDataVect(std::move(args));
-    return call(f, *params, result);
-}
-
-short HostContext::call(const calc::ExternalFunction& f, fmx::DataVect& params, Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    DataHandle out = makeData();
+    DataVectObj params;
+    params.items.reserve(args.size());
+    for (Value& v : args) params.items.emplace_back(std::move(v));
+    DataObj out;
     short error = 0;
     try {
         CallEnvScope scope(env_);
-        error = f.function(f.id, env_.handleRef(), params, *out);
+        error = f.function(f.id, env_.handleRef(), *handleOf(&params), *handleOf(&out));
     } catch (const std::exception& e) {
         noteEscape(e.what());
         result = Value{};
@@ -161,10 +161,20 @@ short HostContext::call(const calc::ExternalFunction& f, fmx::DataVect& params, 
         result = Value{};
         return kGenericCalcError;
     }
-    result = takeValue(*out);
+    result = out.take();
     const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
     host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
     return error;
+}
+
+std::size_t HostContext::NameHash::operator()(std::u16string_view name) const {
+    uint64_t h = 0xCBF29CE484222325;  // FNV-1a over the units
+    for (const char16_t unit : name) h = (h ^ unit) * 0x100000001B3;
+    return static_cast<std::size_t>(h);
+}
+
+bool HostContext::SameName::operator()(std::u16string_view a, std::u16string_view b) const {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
 }
 
 }  // namespace sim

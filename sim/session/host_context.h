@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -71,8 +70,6 @@ private:
     std::u16string file_;
     std::shared_ptr<Variables> globals_;
     std::shared_ptr<Variables> locals_;
-    short call(const calc::ExternalFunction& f, fmx::DataVect& params, Value& result);
-
     // The last answer for each lower-cased name asked for: the lookups return a pointer into
     // it, which stays valid while the host's table changes under other threads. An answer is
     // asked again once the host's table has changed since (Host::functionsVersion).
@@ -83,11 +80,13 @@ private:
     };
     struct NameHash {
         using is_transparent = void;
-        std::size_t operator()(std::u16string_view name) const {
-            return std::hash<std::u16string_view>{}(name);
-        }
+        std::size_t operator()(std::u16string_view name) const;
     };
-    std::unordered_map<std::u16string, Found, NameHash, std::equal_to<>> found_;
+    struct SameName {
+        using is_transparent = void;
+        bool operator()(std::u16string_view a, std::u16string_view b) const;
+    };
+    std::unordered_map<std::u16string, Found, NameHash, SameName> found_;
 };
 
 }  // namespace sim
