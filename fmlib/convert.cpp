@@ -175,7 +175,11 @@ void SetResultText(fmx::Data& result, std::string_view text, fmx::int32 encoding
 }
 
 void FMData2FMData(const fmx::Data& from, fmx::Data& to) {
-    switch (from.GetNativeType()) {
+    FMData2FMData(from, from.GetNativeType(), to);
+}
+
+void FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to) {
+    switch (fromType) {
         case fmx::kDTText:
             to.SetAsText(from.GetAsText(), from.GetLocale(), fmx::kDTText);
             break;

@@ -65,6 +65,8 @@ void SetResultText(fmx::Data& result, std::string_view text,
 // Copies a value keeping its type; a boolean is copied as a number. An invalid or unknown type
 // leaves the target unchanged.
 void FMData2FMData(const fmx::Data& from, fmx::Data& to);
+// The same with the source's native type already read.
+void FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to);
 
 // Sets the value to `code` as a number.
 void FMErrCode2FMData(short code, fmx::Data& value);

@@ -1,6 +1,7 @@
 // Ravelin_Encode and Ravelin_Decode on any bytes, through the function pointers the host calls:
 // the bytes read as UTF-8 text are encoded and decoded back to the same text (up to a NUL
-// character, where encoding stops), and the bytes read as Base64 decode without failing.
+// character, where encoding stops), also when a slice of the text's reading ends inside it, and the
+// bytes read as Base64 decode without failing.
 #include <cstdlib>
 #include <string>
 
@@ -32,8 +33,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     call(decode, u"Base64 to UTF-8", text);
 
     text = text.substr(0, text.find(u'\0'));
-    const std::u16string encoded = call(encode, u"UTF-8 to Base64", text);
-    const std::u16string decoded = call(decode, u"Base64 to UTF-8", encoded);
-    if (decoded != text) std::abort();
+    // The plug-in reads 32,768 units at a time: the same text again, past a prefix that puts
+    // that edge a few units into it.
+    const std::size_t intoText = size == 0 ? 0 : data[0] % 4;
+    for (std::u16string whole : {text, std::u16string(32768 - intoText, u'a') + text}) {
+        const std::u16string encoded = call(encode, u"UTF-8 to Base64", whole);
+        const std::u16string decoded = call(decode, u"Base64 to UTF-8", encoded);
+        if (decoded != whole) std::abort();
+    }
     return 0;
 }

@@ -47,58 +47,100 @@ FileNameAnswer callingFileName(const fmx::ExprEnv& env) {
 
 }  // namespace
 
+KeyUnits::KeyUnits(const fmx::Text& key) : size_(key.GetSize()) {
+    if (size_ > kInline) {
+        large_.resize(size_);
+        data_ = large_.data();
+    }
+    if (size_ > 0) {
+        key.GetUnicode(reinterpret_cast<fmx::unichar16*>(data_), 0,
+                       static_cast<fmx::uint32>(size_));
+    }
+}
+
 void Dictionary::loadValueForKey(const fmx::Text& key, fmx::Data& out) const {
-    const KeyString k = FStringFromText(key);
-    Lock lock(gRecursiveMutex);
-    const auto found = values_.find(k);
-    if (found != values_.end()) fmlib::FMData2FMData(found->second->data(), out);
+    loadValueForKey(KeyUnits(key).view(), out);
 }
 
-void Dictionary::storeValueForKey(const fmx::Text& key, const fmx::Data& value) {
-    const KeyString k = FStringFromText(key);
-    Lock lock(gRecursiveMutex);
-    storeValueForKey_(k, value);
-    removeLocalKey_(k);
-}
-
-void Dictionary::storeValueForKey_(const KeyString& key, const fmx::Data& value) {
+void Dictionary::loadValueForKey(KeyView key, fmx::Data& out) const {
     Lock lock(gRecursiveMutex);
     const auto found = values_.find(key);
     if (found != values_.end()) {
-        found->second->assign(value);
+        const Value& value = *found->second;
+        fmlib::FMData2FMData(value.data(), value.type(), out);
+    }
+}
+
+void Dictionary::storeValueForKey(const fmx::Text& key, const fmx::Data& value) {
+    const KeyUnits k(key);
+    storeValueForKey(k.view(), value, value.GetNativeType());
+}
+
+void Dictionary::storeValueForKey(KeyView key, const fmx::Data& value, fmx::int32 valueType) {
+    Lock lock(gRecursiveMutex);
+    storeLocked(key, value, valueType);
+    eraseLocalKeyLocked(key);
+}
+
+void Dictionary::storeValueForKey_(KeyView key, const fmx::Data& value) {
+    Lock lock(gRecursiveMutex);
+    storeLocked(key, value, value.GetNativeType());
+}
+
+void Dictionary::storeLocked(KeyView key, const fmx::Data& value, fmx::int32 valueType) {
+    const auto found = values_.find(key);
+    if (found != values_.end()) {
+        found->second->assign(value, valueType);
     } else {
-        values_.emplace(key, std::make_shared<Value>(value));
+        values_.emplace(KeyString(key), std::make_shared<Value>(value, valueType));
     }
 }
 
 void Dictionary::storeLocalValueForKey(const fmx::ExprEnv& env, const fmx::Text& key,
                                        const fmx::Data& value) {
-    const KeyString k = FStringFromText(key);
+    const KeyUnits k(key);
+    storeLocalValueForKey(env, k.view(), value, value.GetNativeType());
+}
+
+void Dictionary::storeLocalValueForKey(const fmx::ExprEnv& env, KeyView key, const fmx::Data& value,
+                                       fmx::int32 valueType) {
     // Asked before locking, so that no thread waits for the host's calculation engine while
     // holding the store. Only a key that is not bound yet uses the answer.
     const FileNameAnswer file = callingFileName(env);
     Lock lock(gRecursiveMutex);
-    storeValueForKey_(k, value);
-    if (localKeys_.contains(k)) return;
+    storeLocked(key, value, valueType);
+    if (localKeys_.find(key) != localKeys_.end()) return;
     if (file.failure) std::rethrow_exception(file.failure);
-    if (file.name) localKeys_.emplace(k, *file.name);
+    if (file.name) localKeys_.emplace(KeyString(key), *file.name);
 }
 
-void Dictionary::removeKeyValue(const fmx::Text& key) {
-    const KeyString k = FStringFromText(key);
+void Dictionary::removeKeyValue(const fmx::Text& key) { removeKeyValue(KeyUnits(key).view()); }
+
+void Dictionary::removeKeyValue(KeyView key) {
     Lock lock(gRecursiveMutex);
-    removeKeyValue_(k);
-    removeLocalKey_(k);
+    eraseValueLocked(key);
+    eraseLocalKeyLocked(key);
 }
 
-void Dictionary::removeKeyValue_(const KeyString& key) {
+void Dictionary::removeKeyValue_(KeyView key) {
     Lock lock(gRecursiveMutex);
-    values_.erase(key);
+    eraseValueLocked(key);
 }
 
-void Dictionary::removeLocalKey_(const KeyString& key) {
+void Dictionary::removeLocalKey_(KeyView key) {
     Lock lock(gRecursiveMutex);
-    localKeys_.erase(key);
+    eraseLocalKeyLocked(key);
+}
+
+void Dictionary::eraseValueLocked(KeyView key) {
+    const auto found = values_.find(key);
+    if (found != values_.end()) values_.erase(found);
+}
+
+void Dictionary::eraseLocalKeyLocked(KeyView key) {
+    if (localKeys_.empty()) return;
+    const auto found = localKeys_.find(key);
+    if (found != localKeys_.end()) localKeys_.erase(found);
 }
 
 Dictionary::LocalKeyMap::iterator Dictionary::removeLocalKeyByIterator_(
@@ -118,7 +160,7 @@ void Dictionary::cleanLocalKeys(const fmx::ExprEnv& env) {
             ++entry;
             continue;
         }
-        removeKeyValue_(entry->first);
+        eraseValueLocked(entry->first);
         entry = removeLocalKeyByIterator_(entry);
     }
 }
@@ -129,12 +171,12 @@ void Dictionary::clean() {
     values_.clear();
 }
 
-bool Dictionary::contains_(const KeyString& key) const {
+bool Dictionary::contains_(KeyView key) const {
     Lock lock(gRecursiveMutex);
-    return values_.contains(key);
+    return values_.find(key) != values_.end();
 }
 
-std::u16string Dictionary::boundFile_(const KeyString& key) const {
+std::u16string Dictionary::boundFile_(KeyView key) const {
     Lock lock(gRecursiveMutex);
     const auto found = localKeys_.find(key);
     return found == localKeys_.end() ? std::u16string() : found->second;

@@ -6,10 +6,11 @@
 #include <condition_variable>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <system_error>
 #include <thread>
 #include <utility>
+
+#include "fmlib/mutex.h"
 
 namespace slib {
 
@@ -17,7 +18,7 @@ namespace {
 
 struct Job {
     std::function<void()> lookup;
-    bool done = false;
+    bool done = false;  // under the workers' lock
 };
 
 struct Worker {
@@ -31,22 +32,29 @@ public:
     ~Workers() { joinAll(); }
 
     bool run(std::function<void()> lookup, const NameServers& servers,
-             LookupClock::time_point deadline) {
+             LookupClock::time_point deadline) EXCLUDES(lock_) {
         reapFinished();
         auto job = std::make_shared<Job>();
         job->lookup = std::move(lookup);
-        std::unique_lock<std::mutex> hold(lock_);
+        fmlib::UniqueLock hold(lock_);
         // Many look-ups at once wait for a free place, within their own deadline.
-        if (!finished_.wait_until(hold, deadline,
-                                  [&] { return runningLocked() < kMaxLookupWorkers; })) {
-            return false;
+        while (runningLocked() >= kMaxLookupWorkers) {
+            if (finished_.wait_until(hold.native(), deadline) == std::cv_status::timeout &&
+                runningLocked() >= kMaxLookupWorkers) {
+                return false;
+            }
         }
         try {
             workers_.push_back({job, std::thread([this, job, servers] { work(*job, servers); })});
         } catch (const std::system_error&) {
             return false;
         }
-        if (!finished_.wait_until(hold, deadline, [&] { return job->done; })) return false;
+        while (!job->done) {
+            if (finished_.wait_until(hold.native(), deadline) == std::cv_status::timeout &&
+                !job->done) {
+                return false;
+            }
+        }
         // Joined at once: a look-up that answered in time leaves no thread behind, nor the
         // resolver state that the thread frees as it ends.
         std::list<Worker> own;
@@ -61,17 +69,17 @@ public:
         return true;
     }
 
-    void joinAll() {
+    void joinAll() EXCLUDES(lock_) {
         std::list<Worker> all;
         {
-            const std::lock_guard<std::mutex> hold(lock_);
+            const fmlib::ScopedLock hold(lock_);
             all.swap(workers_);
         }
         for (Worker& w : all) w.thread.join();
     }
 
 private:
-    std::size_t runningLocked() const {
+    std::size_t runningLocked() const REQUIRES(lock_) {
         return static_cast<std::size_t>(std::count_if(
             workers_.begin(), workers_.end(), [](const Worker& w) { return !w.job->done; }));
     }
@@ -88,7 +96,7 @@ private:
         for (std::size_t i = 0; i < count; ++i) _res.nsaddr_list[i] = servers.addresses[i];
     }
 
-    void work(Job& job, const NameServers& servers) {
+    void work(Job& job, const NameServers& servers) EXCLUDES(lock_) {
         configureResolver(servers);
         try {
             job.lookup();
@@ -96,16 +104,16 @@ private:
             // Its caller answers a failed look-up; the thread must not end the process.
         }
         {
-            const std::lock_guard<std::mutex> hold(lock_);
+            const fmlib::ScopedLock hold(lock_);
             job.done = true;
         }
         finished_.notify_all();
     }
 
-    void reapFinished() {
+    void reapFinished() EXCLUDES(lock_) {
         std::list<Worker> finished;
         {
-            const std::lock_guard<std::mutex> hold(lock_);
+            const fmlib::ScopedLock hold(lock_);
             for (auto it = workers_.begin(); it != workers_.end();) {
                 const auto next = std::next(it);
                 if (it->job->done) finished.splice(finished.end(), workers_, it);
@@ -115,9 +123,10 @@ private:
         for (Worker& w : finished) w.thread.join();
     }
 
-    std::mutex lock_;
+    // Guards the list and every job's `done`.
+    mutable fmlib::Mutex lock_;
     std::condition_variable finished_;
-    std::list<Worker> workers_;
+    std::list<Worker> workers_ GUARDED_BY(lock_);
 };
 
 Workers& workers() {

@@ -110,7 +110,7 @@ def table(rows):
             goal_cell = f"<= {ratio_goal}x: {verdict(r['ratio'], ratio_goal)}"
         if "faults" in r:
             fault_goal = FAULT_GOALS[r["job"]]
-            goal_cell += (f"; warm 10 M-character call {r['faults']:,} page faults "
+            goal_cell += (f"; warm call on 10 MB of text: {r['faults']:,} page faults "
                           f"(<= {fault_goal:,}: {verdict(r['faults'], fault_goal)})")
         if "note" in r:
             goal_cell += f"; {r['note']}"

@@ -34,7 +34,8 @@ extern "C" __attribute__((noinline)) void ravelin_cost_measured(sim::Session* se
 namespace {
 
 constexpr std::size_t kCharacters = std::size_t{1} << 20;
-constexpr std::size_t kFaultCharacters = std::size_t{10} << 20;
+// 10 MB of text as the host keeps it (two bytes a character).
+constexpr std::size_t kFaultCharacters = std::size_t{5} << 20;
 constexpr int kSqlRows = 20000;
 constexpr int kSqlColumns = 5;
 constexpr int kStorePairs = 10000;

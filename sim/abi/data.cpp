@@ -25,9 +25,11 @@ Type storedType(fmx::int32 nativeType, Type natural) {
     }
 }
 
-// Stores `v` converted to the requested type; the data keeps its locale.
-void store(DataObj& d, const Value& v, fmx::int32 nativeType) {
-    Value out = v.as(storedType(nativeType, v.type()));
+// Stores `v` converted to the requested type; the data keeps its locale. A value that already
+// has the type is stored as it is: converting it would make the same value again.
+void store(DataObj& d, Value v, fmx::int32 nativeType) {
+    const Type type = storedType(nativeType, v.type());
+    Value out = type == v.type() ? std::move(v) : v.as(type);
     out.setLocale(d.value().locale());
     d.set(std::move(out));
 }

@@ -20,7 +20,7 @@ enum class NodeKind : uint8_t {
     Unary,     // `op` applied to children[0]
     Chain,     // children[0] ops[0] children[1] ops[1] ... of one precedence level, left to right
     Builtin,   // `builtin` with its arguments as children
-    External,  // a plug-in function `name` with its arguments as children
+    External,  // a plug-in function `name` (lower-cased) with its arguments as children
     Let,       // `bindings`, then the body in children[0]
     List,      // "[ a ; b ]" as a function argument
     Get,       // Get ( selector )

@@ -66,6 +66,11 @@ public:
                                                      std::u16string_view rowSeparator) = 0;
     // Registered plug-in function by name, ignoring case; nullptr when none.
     virtual const ExternalFunction* findFunction(std::u16string_view name) = 0;
+    // The same for a name already lower-cased (toLower), as the parser keeps it: a host that
+    // keys its functions by lower-cased name then finds them without mapping case per call.
+    virtual const ExternalFunction* findFunctionLowered(std::u16string_view lowered) {
+        return findFunction(lowered);
+    }
     // Whether the user asked to stop the running calculation (Ctrl-C in the shell).
     virtual bool interrupted() { return false; }
     // A field of the current record of `table` (empty: the current table); nullopt when the
@@ -90,6 +95,11 @@ public:
     // a calculation error by the host, never propagated).
     virtual short callFunction(const ExternalFunction& f, const std::vector<Value>& args,
                                Value& result) = 0;
+    // The same, for a caller that no longer needs the arguments: a host may move them.
+    virtual short callFunctionTaking(const ExternalFunction& f, std::vector<Value>&& args,
+                                     Value& result) {
+        return callFunction(f, args, result);
+    }
 };
 
 struct Result {

@@ -246,15 +246,15 @@ Value Evaluator::evalBuiltin(const Node& node) {
 // The function is looked up again at call time: the arguments may have re-registered it.
 Value Evaluator::evalExternal(const Node& node) {
     std::vector<Value> values = evalArguments(node);
-    const ExternalFunction* found = context_.findFunction(node.name);
+    const ExternalFunction* found = context_.findFunctionLowered(node.name);
     if (found == nullptr) raise(kOperatorMissing);
-    const ExternalFunction f = *found;
+    const ExternalFunction& f = *found;
     const auto count = static_cast<long>(values.size());
     if (count < f.minArgs) raise(kTooFewParameters);
     if (f.maxArgs >= 0 && count > f.maxArgs) raise(kTooManyParameters);
     Value result;
     const CallerNesting nesting(depth_);
-    const short error = context_.callFunction(f, values, result);
+    const short error = context_.callFunctionTaking(f, std::move(values), result);
     if (error != 0) raise(error);
     return result;
 }

@@ -265,10 +265,10 @@ private:
             n->builtin = b;
             return n;
         }
-        if (const ExternalFunction* f = context_.findFunction(t.text)) {
+        if (const ExternalFunction* f = context_.findFunctionLowered(lower)) {
             if (f->minArgs > 0) raise(kTooFewParameters);
             NodePtr n = makeNode(NodeKind::External);
-            n->name = t.text;
+            n->name = lower;
             return n;
         }
         if (context_.isCurrentTableField(t.text)) return parseField({}, t.text);
@@ -314,12 +314,12 @@ private:
             checkArguments(*n, b->minArgs, b->maxArgs, b->acceptsLists);
             return n;
         }
-        const ExternalFunction* f = context_.findFunction(name);
+        const ExternalFunction* f = context_.findFunctionLowered(lower);
         if (f == nullptr) failAt(t, kOperatorMissing, u"no function named " + name);
         const short minArgs = f->minArgs;
         const short maxArgs = f->maxArgs;
         NodePtr n = makeNode(NodeKind::External);
-        n->name = name;
+        n->name = lower;
         n->children = parseArguments();
         checkArguments(*n, minArgs, maxArgs, false);
         return n;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -91,25 +92,9 @@ const ByteTable* byteTable(int32_t encoding) {
     }
 }
 
-// Conversions work through blocks this long, which stay in the cache between passes.
-constexpr size_t kBlock = 4096;
-
 bool isContinuation(unsigned char b) { return (b & 0xC0) == 0x80; }
 bool isLead(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
 bool isTrail(char16_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
-
-// Texts are mostly ASCII: both directions find ASCII runs a block at a time and copy them in a
-// loop the compiler vectorizes, and handle other characters one by one.
-size_t asciiBytes(const char* s, size_t n) {
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        uint64_t block;
-        std::memcpy(&block, s + i, 8);
-        if (block & 0x8080808080808080u) break;
-    }
-    while (i < n && static_cast<unsigned char>(s[i]) < 0x80) ++i;
-    return i;
-}
 
 // Whole blocks of sixteen ASCII units, then single units: only the caller knows whether what
 // follows is worth another look.
@@ -227,18 +212,144 @@ bool putCharacter(std::u16string_view units, size_t& i, char* out, size_t& writt
     return true;
 }
 
+// ASCII is tested eight (or four) characters at a time, with one or two words.
+template <size_t N>
+bool asciiUnits(const char16_t* s) {
+    uint64_t block[N / 4];
+    std::memcpy(block, s, sizeof block);
+    uint64_t any = 0;
+    for (const uint64_t word : block) any |= word;
+    return (any & 0xFF80FF80FF80FF80u) == 0;
+}
+bool asciiBytes8(const unsigned char* s) {
+    uint64_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0x8080808080808080u) == 0;
+}
+
+bool asciiBytes4(const unsigned char* s) {
+    uint32_t block;
+    std::memcpy(&block, s, sizeof block);
+    return (block & 0x80808080u) == 0;
+}
+
+// N ASCII bytes as units, through local copies the compiler turns into a few vector
+// instructions.
+template <size_t N>
+void widenAscii(const unsigned char* from, char16_t* to) {
+    std::array<unsigned char, N> narrow;
+    std::memcpy(narrow.data(), from, N);
+    std::array<char16_t, N> wide;
+    for (size_t k = 0; k < N; ++k) wide[k] = narrow[k];
+    std::memcpy(to, wide.data(), sizeof wide);
+}
+
+// Four ASCII characters between units and bytes, in one vector conversion.
+void narrow4(const char16_t* from, char* to) {
+    using Units4 = uint16_t __attribute__((vector_size(8)));
+    using Bytes4 = uint8_t __attribute__((vector_size(4)));
+    Units4 units;
+    std::memcpy(&units, from, sizeof units);
+    const Bytes4 bytes = __builtin_convertvector(units, Bytes4);
+    std::memcpy(to, &bytes, sizeof bytes);
+}
+void widen4(const unsigned char* from, char16_t* to) {
+    using Units4 = uint16_t __attribute__((vector_size(8)));
+    using Bytes4 = uint8_t __attribute__((vector_size(4)));
+    Bytes4 bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const Units4 units = __builtin_convertvector(bytes, Units4);
+    std::memcpy(to, &units, sizeof units);
+}
+
+// The UTF-8 of every unit below U+0800 (one or two bytes, in memory order) and, in the top byte,
+// its length: Latin, Greek, Cyrillic, Hebrew and Arabic text converts without a branch per letter.
+constexpr std::array<uint32_t, 0x800> kShortUtf8 = [] {
+    std::array<uint32_t, 0x800> table{};
+    for (uint32_t u = 0; u < 0x800; ++u) {
+        const uint32_t first = u < 0x80 ? u : 0xC0 | (u >> 6);
+        const uint32_t second = u < 0x80 ? 0 : 0x80 | (u & 0x3F);
+        const uint32_t bytes = std::endian::native == std::endian::little ? first | (second << 8)
+                                                                          : (first << 8) | second;
+        table[u] = bytes | (u < 0x80 ? 1u : 2u) << 24;
+    }
+    return table;
+}();
+
+// Writes the unit's one or two bytes (two always land, the room allowing) and moves past them.
+void putShort(char*& o, char16_t u) {
+    const uint32_t entry = kShortUtf8[u];
+    const auto bytes = static_cast<uint16_t>(entry);
+    std::memcpy(o, &bytes, 2);
+    o += entry >> 24;
+}
+
+// Writes the character at units[i] (a pair may take the unit after it) and moves past it.
+void putAny(std::u16string_view units, size_t& i, char*& o) {
+    if (units[i] < 0x800) {
+        putShort(o, units[i++]);
+        return;
+    }
+    size_t taken = 0;
+    const char32_t c = nextCodePoint(units, i, taken);
+    putUtf8(o, c);
+    o += utf8Length(c);
+    i += taken;
+}
+
+// Converts units[i, end) into out + written, which has room for three bytes per unit and one
+// more, so no character needs a check (a pair may take the unit at end as its second half, and
+// a short character's second byte may land past the end of what is written). Answers the new i.
+size_t utf8Stretch(std::u16string_view units, size_t i, size_t end, char* out, size_t& written) {
+    const char16_t* s = units.data();
+    char* o = out + written;
+    // Four units a step: ASCII narrowed at once, a mix of ASCII and two-byte letters through the
+    // table. After two ASCII steps in a row, a run of ASCII is looked for eight units at a time
+    // and narrowed in one loop the compiler vectorizes.
+    unsigned asciiSteps = 0;
+    while (i + 4 <= end) {
+        uint64_t four;
+        std::memcpy(&four, s + i, sizeof four);
+        if ((four & 0xFF80FF80FF80FF80u) == 0) {
+            if (++asciiSteps >= 2 && i + 8 <= end && asciiUnits<8>(s + i)) {
+                size_t run = 8;
+                while (i + run + 8 <= end && asciiUnits<8>(s + i + run)) run += 8;
+                for (size_t k = 0; k < run; ++k) o[k] = static_cast<char>(s[i + k]);
+                o += run;
+                i += run;
+                asciiSteps = 0;
+                continue;
+            }
+            narrow4(s + i, o);
+            o += 4;
+            i += 4;
+            continue;
+        }
+        asciiSteps = 0;
+        if ((four & 0xF800F800F800F800u) == 0) {
+            for (size_t k = 0; k < 4; ++k) putShort(o, s[i + k]);
+            i += 4;
+            continue;
+        }
+        putAny(units, i, o);
+    }
+    while (i < end) putAny(units, i, o);
+    written = static_cast<size_t>(o - out);
+    return i;
+}
+
 size_t utf8Into(std::u16string_view units, char* out, size_t room) {
     size_t written = 0;
     for (size_t i = 0; i < units.size();) {
-        // An ASCII run is found a block at a time and narrowed while it is still in the cache.
-        const size_t block = std::min({units.size() - i, room - written, kBlock});
-        const size_t run = asciiUnits(units.data() + i, block);
-        const char16_t* from = units.data() + i;
-        for (size_t k = 0; k < run; ++k) out[written + k] = static_cast<char>(from[k]);
-        i += run;
-        written += run;
-        if (run == block) {
+        const size_t left = room - written;
+        if (const size_t sure = left == 0 ? 0 : std::min(units.size() - i, (left - 1) / 3)) {
+            i = utf8Stretch(units, i, i + sure, out, written);
+            continue;
+        }
+        // Near the end of the room: whole characters only, one at a time.
+        if (units[i] < 0x80) {
             if (written == room) break;
+            out[written++] = static_cast<char>(units[i++]);
             continue;
         }
         if (!putCharacter(units, i, out, written, room)) break;
@@ -269,23 +380,37 @@ bool isSingleByte(int32_t encoding) { return encoding >= 2 && encoding <= 5; }
 std::u16string fromUtf8(std::string_view s) {
     // Converted a block at a time through a buffer in the cache: the result is written once,
     // never filled first.
-    std::array<char16_t, kBlock + 4> buffer;
+    constexpr size_t kBlock = 4096;
+    std::array<char16_t, kBlock + 12> buffer;
     std::u16string out;
     out.reserve(s.size());  // never more units than bytes
-    size_t i = 0;
-    while (i < s.size()) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(s.data());
+    for (size_t i = 0; i < s.size();) {
         const size_t end = i + std::min(s.size() - i, kBlock);
-        size_t filled = 0;
+        char16_t* o = buffer.data();
         while (i < end) {
-            const size_t run = asciiBytes(s.data() + i, end - i);
-            const auto* from = reinterpret_cast<const unsigned char*>(s.data() + i);
-            for (size_t k = 0; k < run; ++k) buffer[filled + k] = from[k];
-            i += run;
-            filled += run;
+            if (i + 16 <= end && asciiBytes8(bytes + i) && asciiBytes8(bytes + i + 8)) {
+                widenAscii<16>(bytes + i, o);
+                o += 16;
+                i += 16;
+                continue;
+            }
+            if (i + 4 <= end && asciiBytes4(bytes + i)) {
+                widen4(bytes + i, o);
+                o += 4;
+                i += 4;
+                continue;
+            }
             // A sequence may end past the block; it still gives fewer units than bytes.
-            if (i < end) filled += putUnits(buffer.data() + filled, nextCharacter(s, i));
+            for (const size_t stop = std::min(end, i + 4); i < stop;) {
+                if (bytes[i] < 0x80) {
+                    *o++ = bytes[i++];
+                } else {
+                    o += putUnits(o, nextCharacter(s, i));
+                }
+            }
         }
-        out.append(buffer.data(), filled);
+        out.append(buffer.data(), static_cast<size_t>(o - buffer.data()));
     }
     return out;
 }

@@ -14,8 +14,23 @@ namespace {
 constexpr int64_t kUnixEpochSeconds = 62135596800;  // 0001-01-01 to 1970-01-01
 constexpr char16_t kDefaultApplicationVersion[] = u"Server 22.0.1 (fmsim)";
 
+bool isAscii(std::u16string_view s) {
+    return std::all_of(s.begin(), s.end(), [](char16_t c) { return c < 0x80; });
+}
+
+char16_t asciiLower(char16_t c) { return c >= u'A' && c <= u'Z' ? c + (u'a' - u'A') : c; }
+
+// Names compare as toLower maps them. Plain ASCII is mapped here, since every calculation and
+// every plug-in call compares file names; other characters go through toLower, which also maps
+// some of them onto ASCII (KELVIN SIGN to "k").
 bool sameName(std::u16string_view a, std::u16string_view b) {
-    return a.size() == b.size() && toLower(a) == toLower(b);
+    if (a.size() != b.size()) return false;
+    if (a == b) return true;
+    if (isAscii(a) && isAscii(b)) {
+        return std::equal(a.begin(), a.end(), b.begin(),
+                          [](char16_t x, char16_t y) { return asciiLower(x) == asciiLower(y); });
+    }
+    return toLower(a) == toLower(b);
 }
 
 // FileMaker names a file without its extension (Get ( FileName ), DatabaseNames), and so
@@ -23,7 +38,7 @@ bool sameName(std::u16string_view a, std::u16string_view b) {
 std::u16string_view withoutExtension(std::u16string_view name) {
     constexpr std::u16string_view kExtension = u".fmp12";
     if (name.size() > kExtension.size() &&
-        toLower(name.substr(name.size() - kExtension.size())) == kExtension) {
+        sameName(name.substr(name.size() - kExtension.size()), kExtension)) {
         name.remove_suffix(kExtension.size());
     }
     return name;
@@ -53,6 +68,7 @@ void Host::reset() {
     nextFileId_ = 1;
     functions_.clear();
     byName_.clear();
+    functionsVersion_.fetch_add(1, std::memory_order_release);
     refused_.clear();
     queue_.clear();
     observer_ = nullptr;
@@ -217,6 +233,7 @@ short Host::registerFunction(RegisteredFunction f) {
     if (functions_.count(f.id) || byName_.count(key)) return kAlreadyRegistered;
     byName_.emplace(std::move(key), f.id);
     functions_.emplace(f.id, std::move(f));
+    functionsVersion_.fetch_add(1, std::memory_order_release);
     return 0;
 }
 
@@ -226,6 +243,7 @@ short Host::unregisterFunction(short id) {
     if (it == functions_.end()) return kFunctionMissing;
     byName_.erase(toLower(it->second.name));
     functions_.erase(it);
+    functionsVersion_.fetch_add(1, std::memory_order_release);
     return 0;
 }
 
@@ -233,6 +251,7 @@ void Host::unregisterAll() {
     std::lock_guard lock(mutex_);
     functions_.clear();
     byName_.clear();
+    functionsVersion_.fetch_add(1, std::memory_order_release);
 }
 
 void Host::refuseRegistration(short id, bool refuse) {
@@ -250,6 +269,19 @@ std::optional<RegisteredFunction> Host::findFunction(std::u16string_view name) c
     auto byName = byName_.find(wanted);
     if (byName == byName_.end()) return std::nullopt;
     return functions_.at(byName->second);
+}
+
+bool Host::findFunctionLowered(std::u16string_view lowered, calc::ExternalFunction& entry) const {
+    std::lock_guard lock(mutex_);
+    auto byName = byName_.find(lowered);
+    if (byName == byName_.end()) return false;
+    const RegisteredFunction& f = functions_.at(byName->second);
+    if (entry.name != f.name) entry.name = f.name;
+    entry.id = f.id;
+    entry.minArgs = f.minArgs;
+    entry.maxArgs = f.maxArgs;
+    entry.function = f.function;
+    return true;
 }
 
 std::vector<RegisteredFunction> Host::functions() const {

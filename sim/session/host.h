@@ -141,6 +141,13 @@ public:
     // Test control: registering `id` fails with kRefusedRegistration.
     void refuseRegistration(short id, bool refuse = true);
     std::optional<RegisteredFunction> findFunction(std::u16string_view name) const;
+    // The same by a name already lower-cased (toLower), filling what a call needs into `entry`
+    // (its name only when it differs, so that a repeated lookup allocates nothing); false, and
+    // `entry` unchanged, when no such function is registered.
+    bool findFunctionLowered(std::u16string_view lowered, calc::ExternalFunction& entry) const;
+    // Changes with every change of the function table, so that a lookup remembered under an
+    // equal number still holds.
+    uint64_t functionsVersion() const { return functionsVersion_.load(std::memory_order_acquire); }
     std::vector<RegisteredFunction> functions() const;
 
     // --- Scripts -------------------------------------------------------------------------
@@ -208,6 +215,7 @@ private:
     uint64_t nextFileId_ = 1;
     std::map<short, RegisteredFunction> functions_;
     std::map<std::u16string, short, std::less<>> byName_;  // lower-cased name to id
+    std::atomic<uint64_t> functionsVersion_{0};            // raised under mutex_
     std::set<short> refused_;
     std::deque<ScriptRequest> queue_;
     std::function<void(const ScriptRun&)> observer_;

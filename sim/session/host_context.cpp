@@ -1,10 +1,12 @@
 #include "sim/session/host_context.h"
 
+#include <cstring>
 #include <exception>
 #include <mutex>
 
 #include "sim/core/encoding.h"
-#include "sim/core/handles.h"
+#include "sim/core/objects.h"
+#include "sim/core/text.h"
 #include "sim/session/host.h"
 
 namespace sim {
@@ -112,29 +114,44 @@ bool HostContext::isCurrentTableField(std::u16string_view field) {
 
 calc::Context::RecordPlace HostContext::recordPlace() { return host_.recordPlace(file_); }
 
-// Asks the host every time, so that a function unregistered meanwhile (by the calculation's own
-// arguments or by another thread) is missing at its call, not called from a stale copy.
+// Asks the host again whenever its table has changed, so that a function unregistered meanwhile
+// (by the calculation's own arguments or by another thread) is missing at its call, not called
+// from a stale copy. The version is read before asking: a change racing the lookup leaves an
+// older version, and so the next lookup asks again.
 const calc::ExternalFunction* HostContext::findFunction(std::u16string_view name) {
-    std::optional<RegisteredFunction> f = host_.findFunction(name);
-    if (!f) return nullptr;
-    calc::ExternalFunction entry{f->name, f->id, f->minArgs, f->maxArgs, f->function};
-    auto known = found_.find(name);
-    if (known == found_.end()) {
-        return &found_.emplace(std::u16string(name), std::move(entry)).first->second;
+    return findFunctionLowered(toLower(name));
+}
+
+const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_view lowered) {
+    const uint64_t version = host_.functionsVersion();
+    auto known = found_.find(lowered);
+    if (known == found_.end()) known = found_.try_emplace(std::u16string(lowered)).first;
+    Found& found = known->second;
+    if (found.version != version) {
+        found.registered = host_.findFunctionLowered(lowered, found.entry);
+        found.version = version;
     }
-    known->second = std::move(entry);
-    return &known->second;
+    return found.registered ? &found.entry : nullptr;
 }
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
+    return callFunctionTaking(f, std::vector<Value>(args), result);
+}
+
+// The argument vector and the result live on this frame: the plug-in only borrows them for the
+// call, so they need no allocation of their own.
+short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
+                                      Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    DataVectHandle params = makeDataVect(args);
-    DataHandle out = makeData();
+    DataVectObj params;
+    params.items.reserve(args.size());
+    for (Value& v : args) params.items.emplace_back(std::move(v));
+    DataObj out;
     short error = 0;
     try {
         CallEnvScope scope(env_);
-        error = f.function(f.id, env_.handleRef(), *params, *out);
+        error = f.function(f.id, env_.handleRef(), *handleOf(&params), *handleOf(&out));
     } catch (const std::exception& e) {
         noteEscape(e.what());
         result = Value{};
@@ -144,10 +161,20 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
         result = Value{};
         return kGenericCalcError;
     }
-    result = takeValue(*out);
+    result = out.take();
     const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
     host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
     return error;
+}
+
+std::size_t HostContext::NameHash::operator()(std::u16string_view name) const {
+    uint64_t h = 0xCBF29CE484222325;  // FNV-1a over the units
+    for (const char16_t unit : name) h = (h ^ unit) * 0x100000001B3;
+    return static_cast<std::size_t>(h);
+}
+
+bool HostContext::SameName::operator()(std::u16string_view a, std::u16string_view b) const {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof a[0]) == 0;
 }
 
 }  // namespace sim

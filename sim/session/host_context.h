@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "sim/calc/context.h"
 #include "sim/session/env.h"
@@ -53,10 +54,13 @@ public:
     bool isCurrentTableField(std::u16string_view field) override;
     RecordPlace recordPlace() override;
     const calc::ExternalFunction* findFunction(std::u16string_view name) override;
+    const calc::ExternalFunction* findFunctionLowered(std::u16string_view lowered) override;
     // The plug-in function runs with this context's environment; a thrown exception becomes
     // kGenericCalcError with an invalid result.
     short callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                        Value& result) override;
+    short callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
+                             Value& result) override;
 
 private:
     Variables* variablesFor(std::u16string_view name) const;
@@ -66,9 +70,23 @@ private:
     std::u16string file_;
     std::shared_ptr<Variables> globals_;
     std::shared_ptr<Variables> locals_;
-    // The last answer for each name asked for: findFunction returns a pointer into it, which
-    // stays valid while the host's table changes under other threads.
-    std::map<std::u16string, calc::ExternalFunction, std::less<>> found_;
+    // The last answer for each lower-cased name asked for: the lookups return a pointer into
+    // it, which stays valid while the host's table changes under other threads. An answer is
+    // asked again once the host's table has changed since (Host::functionsVersion).
+    struct Found {
+        calc::ExternalFunction entry;
+        bool registered = false;
+        uint64_t version = UINT64_MAX;  // not asked yet
+    };
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::u16string_view name) const;
+    };
+    struct SameName {
+        using is_transparent = void;
+        bool operator()(std::u16string_view a, std::u16string_view b) const;
+    };
+    std::unordered_map<std::u16string, Found, NameHash, SameName> found_;
 };
 
 }  // namespace sim

@@ -1,9 +1,12 @@
 // Ravelin_Encode and Ravelin_Decode through the substitute host with the plug-in loaded, and the
 // Base64 coder on its own for what a calculation cannot spell (zero bytes, line breaks).
+#include "sim/core/encoding.h"
+
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "encoding/base64.h"
 #include "entry/function_table.h"
@@ -82,6 +85,70 @@ TEST_F(Base64, CountsItsArguments) {
     }
 }
 
+// Base64 as RFC 4648 spells it, one group at a time.
+std::string referenceBase64(std::string_view bytes) {
+    static constexpr char kAlphabet[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const std::size_t n = std::min<std::size_t>(3, bytes.size() - i);
+        unsigned group = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            group = group << 8 | (k < n ? static_cast<unsigned char>(bytes[i + k]) : 0u);
+        }
+        for (std::size_t k = 0; k < 4; ++k)
+            out += k <= n ? kAlphabet[group >> (18 - 6 * k) & 63] : '=';
+    }
+    return out;
+}
+
+std::u16string callFunction(fmx::ExtPluginType function, const sim::Env& env,
+                            const char16_t* keyword, const std::u16string& text) {
+    const sim::DataVectHandle args = sim::makeDataVect(
+        {sim::Value::text(sim::Text(keyword)), sim::Value::text(sim::Text(text))});
+    const sim::DataHandle result = sim::makeData();
+    EXPECT_EQ(function(5, env.handleRef(), *args, *result), 0);
+    return sim::valueOf(*result).asText().unitsCopy();
+}
+
+// The text is read a slice of 32,768 units at a time: every kind of character lands on each side
+// of a slice's edge, and the result is the Base64 of the whole text's UTF-8 up to its first NUL
+// (an unpaired surrogate's UTF-8 being U+FFFD's; a text starting with NUL gives "AA==").
+TEST_F(Base64, EncodesAcrossTheEdgesOfSlices) {
+    constexpr std::size_t kSlice = 32768;
+    std::vector<std::u16string> texts;
+    for (const std::size_t length : {std::size_t{1}, std::size_t{2}, std::size_t{3}, kSlice - 1,
+                                     kSlice, kSlice + 1, 2 * kSlice + 2, 3 * kSlice + 1}) {
+        texts.emplace_back(length, u'x');
+    }
+    const std::u16string kinds[] = {u"\u00e9",          u"\u20ac", u"\U0001F600",
+                                    u"\xD83D",          u"\xDE00", std::u16string(1, u'\0'),
+                                    u"\u00e9\U0001F600"};
+    for (const std::size_t edge : {kSlice, 2 * kSlice}) {
+        for (const std::u16string& kind : kinds) {
+            for (std::size_t at = edge - 3; at <= edge + 2; ++at) {
+                std::u16string text(2 * kSlice + 7, u'y');
+                text.replace(at, kind.size(), kind);
+                texts.push_back(text);
+            }
+        }
+    }
+    texts.push_back(std::u16string(1, u'\0') + u"abc");
+    for (const std::u16string& text : texts) {
+        SCOPED_TRACE(sim::toUtf8(text.substr(0, 8)) + "... of " + std::to_string(text.size()));
+        const std::string utf8 = sim::toUtf8(text);
+        const std::string upToNul = utf8.substr(0, utf8.find('\0'));
+        const std::string expected = text.empty()      ? ""
+                                     : upToNul.empty() ? "AA=="
+                                                       : referenceBase64(upToNul);
+        const std::u16string encoded = callFunction(Ravelin_Encode, env_, u"UTF-8 to Base64", text);
+        ASSERT_EQ(sim::toUtf8(encoded), expected);
+        if (upToNul.empty()) continue;
+        EXPECT_EQ(callFunction(Ravelin_Decode, env_, u"Base64 to UTF-8", encoded),
+                  sim::fromUtf8(upToNul));
+    }
+}
+
 TEST(Base64Coder, EdgesOfGroupsAndPads) {
     using namespace std::string_literals;
     const struct {
@@ -119,10 +186,11 @@ TEST(Base64Coder, EdgesOfGroupsAndPads) {
 TEST(Base64Coder, RoundTripsEveryByteValueAndLength) {
     std::string bytes;
     for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
-    for (std::size_t n = 1; n <= bytes.size(); n += 37) {
+    // Every length up to 40 meets the coder's two-group steps and each kind of tail.
+    for (std::size_t n = 1; n <= bytes.size(); n += n < 40 ? 1 : 37) {
         const std::string part = bytes.substr(bytes.size() - n);
         const std::string encoded = B64_Encode(part);
-        EXPECT_EQ(encoded.size(), (n + 2) / 3 * 4);
+        EXPECT_EQ(encoded, referenceBase64(part));
         EXPECT_EQ(B64_Decode(encoded), part);
     }
 }

@@ -28,6 +28,13 @@ std::string mergeCalc(const std::string& templ) {
 
 class MergeText : public plugin_test::LoadedPluginTest {};
 
+// `pattern` with its "%s" replaced by `text` (which holds no quotes).
+std::string format(const char* pattern, const std::string& text) {
+    const std::string p = pattern;
+    const std::size_t at = p.find("%s");
+    return p.substr(0, at) + text + p.substr(at + 2);
+}
+
 TEST_F(MergeText, FillsTemplates) {
     const char* const kCount = "Let ( $$n = $$n + 1 ; $$n )";
     const char* const kFailing = "Let ( $$f = $$f + 1 ; Evaluate ( \"1 +\" ) )";
@@ -148,6 +155,114 @@ TEST_F(MergeText, ResultsMapFindsOnlyWhatWasAdded) {
     EXPECT_EQ(cache.find(*other, *out), ResultsMap::kNotCached);
     EXPECT_EQ(cache.find(*expr, *out), 0);
     EXPECT_EQ(sim::textOf(*out).units(), u"2");
+}
+
+// The cache matches expressions as their UTF-8 forms (as the host spells them into two bytes per
+// unit) match: written alike, they are evaluated once; written differently, once each; and
+// expressions the host spells alike up to where that buffer ends share one result.
+TEST_F(MergeText, CacheMatchesExpressionsAsSpelled) {
+    const std::string count = "Let ( $$n = $$n + 1 ; $$n )";
+    const std::string wide = "\"日本語日本語日本語\"";  // 15 units with " & 1": cut after the blank
+    const struct {
+        const char* name;
+        std::string templ;
+        std::string merged;
+        const char* evaluations;
+    } cases[] = {
+        {"written alike", "<<" + count + ">>|<<" + count + ">>", "1|1", "1"},
+        {"another case", "<<" + count + ">>|<<let ( $$n = $$n + 1 ; $$n )>>", "1|2", "2"},
+        {"two-byte characters alike",
+         "<<Let ( $$n = $$n + 1 ; \"é\" & $$n )>>|<<Let ( $$n = $$n "
+         "+ 1 ; \"é\" & $$n )>>",
+         "é1|é1", "1"},
+        {"two-byte characters differing",
+         "<<Let ( $$n = $$n + 1 ; \"é\" & $$n )>>|<<Let ( $$n = "
+         "$$n + 1 ; \"è\" & $$n )>>",
+         "é1|è2", "2"},
+        {"three-byte characters alike",
+         "<<Let ( $$n = $$n + 1 ; \"日\" & $$n )>>|<<Let ( $$n = "
+         "$$n + 1 ; \"日\" & $$n )>>",
+         "日1|日1", "1"},
+        // The repeat's result comes through the same buffer: 10 units hold 6 such characters.
+        {"alike up to the host's cut", "<<" + wide + " & 1>>|<<" + wide + " & 2>>",
+         "日本語日本語日本語1|日本語日本語", ""},
+        {"different before the host's cut", "<<" + wide + " & 1>>|<<\"日本語日本語日本日\" & 2>>",
+         "日本語日本語日本語1|日本語日本語日本日2", ""},
+        {"a span at the very start and end", "<<" + count + ">> and <<" + count + ">>", "1 and 1",
+         "1"},
+        {"adjacent spans", "<<1>><<" + count + ">><<" + count + ">><<2>>", "1112", "1"},
+        {"a stray >> between repeats", "<<" + count + ">> >> <<" + count + ">>",
+         "1 >> <<" + count + ">>", "1"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        eval("Let ( $$n = \"\" ; 1 )");
+        const sim::EvalResult r = eval(mergeCalc(c.templ));
+        EXPECT_EQ(r.error, 0);
+        EXPECT_EQ(r.text, c.merged);
+        EXPECT_EQ(eval("$$n").text, c.evaluations);
+    }
+}
+
+// Expressions holding units the host must spell (a zero ends its UTF-8) meet expressions
+// spelled by their units where the two spellings are one.
+TEST_F(MergeText, CacheKeysOfUnitsAndOfHostSpellingsMeet) {
+    const fmx::ExtPluginType merge = session_.host().findFunction(u"Ravelin_MergeText")->function;
+    const struct {
+        const char* name;
+        std::u16string templ;
+        std::u16string merged;
+    } cases[] = {
+        {"a zero after a cached expression", std::u16string(u"<<1+1>> <<1+1\0x>>", 17), u"2 2"},
+        {"a zero before an expression", std::u16string(u"<<1+1\0x>> <<1+1>>", 17),
+         std::u16string(u"1+1\0x 2", 7)},
+        {"a lone surrogate", u"<<\"" + std::u16string(1, u'\xD800') + u"\">> <<\"?\">>",
+         std::u16string(1, u'\xD800') + u" ?"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const sim::DataVectHandle args = sim::makeDataVect({sim::Value::text(c.templ)});
+        const sim::DataHandle result = sim::makeData();
+        EXPECT_EQ(merge(7, env_.handleRef(), *args, *result), 0);
+        EXPECT_EQ(sim::valueOf(*result).asText().units(), c.merged);
+    }
+}
+
+// Literal text keeps its styles unit for unit, wherever it stands: around spans, between
+// adjacent ones, after a stray ">>" and after an unclosed "<<". Results are plain text here.
+TEST_F(MergeText, LiteralStylesAroundSpans) {
+    const char* const kBold = "TextStyleAdd ( \"%s\" ; Bold )";
+    const char* const kRed = "TextColor ( \"%s\" ; RGB ( 255 ; 0 ; 0 ) )";
+    const auto bold = [&](const std::string& t) { return format(kBold, t); };
+    const auto red = [&](const std::string& t) { return format(kRed, t); };
+    const struct {
+        const char* name;
+        std::string templ;     // a calculation giving the styled template
+        std::string expected;  // one giving the merged text with the same styles
+    } cases[] = {
+        {"spans at both ends", "\"<<1>>\" & " + bold("ab") + " & \"<<2>>\"",
+         "\"1\" & " + bold("ab") + " & \"2\""},
+        {"adjacent spans between styles", bold("a") + " & \"<<1>><<1>>\" & " + red("b"),
+         bold("a") + " & \"11\" & " + red("b")},
+        {"a styled span", bold("x <<1>> y") + " & " + red("z"),
+         bold("x ") + " & \"1\" & " + bold(" y") + " & " + red("z")},
+        {"a stray >> first", bold(">> <<1>>") + " & " + red("<<2>> c"),
+         bold(">> <<1>>") + " & " + red("<<2>> c")},
+        {"an unclosed <<", bold("x <<1>> y") + " & " + red(" <<2"),
+         bold("x ") + " & \"1\" & " + bold(" y") + " & " + red(" <<2")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const sim::EvalResult merged = eval("Ravelin_MergeText ( " + c.templ + " )");
+        const sim::EvalResult expected = eval(c.expected);
+        ASSERT_EQ(merged.error, 0);
+        ASSERT_EQ(merged.text, expected.text);
+        const sim::Text& got = merged.value.textValue();
+        const sim::Text& want = expected.value.textValue();
+        for (uint32_t i = 0; i < got.size(); ++i) {
+            EXPECT_EQ(got.styleAt(i), want.styleAt(i)) << i;
+        }
+    }
 }
 
 }  // namespace

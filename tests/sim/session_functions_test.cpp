@@ -59,6 +59,15 @@ fmx::errcode getFunction(short, const fmx::ExprEnv& env, const fmx::DataVect& ar
     return 0;
 }
 
+// Fake_Swap: unregisters id 1 when it is registered, else registers it as Fake_Count; answers
+// the host's code.
+fmx::errcode swapCount(short, const fmx::ExprEnv&, const fmx::DataVect&, fmx::Data& result) {
+    short code = unregisterFunction(1);
+    if (code == sim::kFunctionMissing) code = registerFunction(1, u"Fake_Count", 0, -1, countArgs);
+    sim::setValue(result, sim::Value::number(code));
+    return 0;
+}
+
 class FunctionsTest : public ::testing::Test {
 protected:
     sim::Session session{noPlugin()};
@@ -96,6 +105,44 @@ TEST_F(FunctionsTest, UnregisteredFunctionIsGoneAndUnknownIdIsHarmless) {
     EXPECT_EQ(unregisterFunction(1), sim::kFunctionMissing);
     EXPECT_EQ(unregisterFunction(16), sim::kFunctionMissing);
     EXPECT_EQ(registerFunction(1, u"Fake_Count", 0, -1, countArgs), 0);
+}
+
+// Names match in any case, each lookup sees the table as it is at the call, also within one
+// calculation (a loop calling the same function again) and after changes made from inside it.
+TEST_F(FunctionsTest, LookupsFollowTheTableInAnyCase) {
+    ASSERT_EQ(registerFunction(2, u"Fake_Swap", 0, 0, swapCount), 0);
+    ASSERT_EQ(registerFunction(3, u"Fake_\u00C9t\u00E9", 0, -1, countArgs), 0);
+    struct Case {
+        const char* calc;
+        short error;
+        const char* text;
+    };
+    const short missing = 1208;  // a name that is no function at parse or call time
+    const Case cases[] = {
+        {"Fake_Count ( 1 )", missing, ""},
+        {"FAKE_SWAP", 0, "0"},  // registers Fake_Count
+        {"fAKE_cOUNT ( 1 ; 2 )", 0, "2"},
+        {"fake_\u00E9t\u00C9 ( 1 )", 0, "1"},
+        {"Fake_Ete ( 1 )", missing, ""},
+        // Gone and back within its own arguments, on every turn of a loop.
+        {"While ( [ i = 0 ; t = \"\" ] ; i < 3 ; [ t = t & Fake_Count ( Fake_Swap & Fake_Swap ) ; "
+         "i = i + 1 ] ; t )",
+         0, "111"},
+        // Called, swapped out, missing at its next call in the same loop.
+        {"While ( [ i = 0 ; t = \"\" ] ; i < 3 ; [ t = t & Fake_Count ( 1 ; 2 ) & Fake_Swap ; "
+         "i = i + 1 ] ; t )",
+         missing, ""},
+        {"Fake_Swap", 0, "0"},
+        {"Fake_Count ( Fake_Swap ; 2 )", missing, ""},  // unregistered by its own argument
+        {"Fake_Count", missing, ""},
+    };
+    for (const Case& c : cases) {
+        const sim::EvalResult r = session.eval(c.calc);
+        EXPECT_EQ(r.error, c.error) << c.calc;
+        if (c.error == 0) {
+            EXPECT_EQ(r.text, c.text) << c.calc;
+        }
+    }
 }
 
 TEST_F(FunctionsTest, ArgumentCountsAreEnforcedByTheHost) {

@@ -65,9 +65,14 @@ TEST(Encoding, RunsOfAsciiAroundOtherCharacters) {
                 other == u"\xD800" ? std::u16string(before, u'a') + u"\uFFFD" + u"bcdefghij"
                                    : units;
             EXPECT_EQ(fromUtf8(bytes), back);
+            std::vector<size_t> rooms = {bytes.size(), 3 * units.size() + 1};
             for (size_t room = before > 4 ? before - 4 : 0; room <= before + 5; ++room) {
+                rooms.push_back(room);
+            }
+            for (const size_t room : rooms) {
                 std::string out(room, '\0');
-                EXPECT_EQ(encodeInto(units, 0, out.data(), room), characterStart(bytes, room))
+                EXPECT_EQ(encodeInto(units, 0, out.data(), room),
+                          characterStart(bytes, std::min(room, bytes.size())))
                     << room;
             }
         }
