@@ -5,7 +5,8 @@
 //                              equivalent) or empty (the scaffolding alone, for loops)
 //   ravelin_cost --list        each job: name, unit, units of work, whether it has a host side
 //   ravelin_cost --faults JOB  minor page faults of the plug-in side's second (warm) call
-//   ravelin_cost --check       the jobs whose two sides compute the same figure agree (a test)
+//   ravelin_cost --check       each job gives the same on several threads at once as alone, and
+//                              the jobs whose two sides compute the same figure agree (a test)
 //
 // Inputs are built before the measured call and set as "$$" variables, so the measured part is
 // one calculation: ravelin_cost_measured, which callgrind collects with --toggle-collect. The
@@ -18,6 +19,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "sim/core/fonts.h"
@@ -35,6 +37,9 @@ namespace {
 
 constexpr std::size_t kCharacters = std::size_t{1} << 20;
 // 10 MB of text as the host keeps it (two bytes a character).
+// Smaller texts for the checks, which also run under the sanitizers and emulation.
+constexpr std::size_t kCheckCharacters = std::size_t{1} << 16;
+constexpr int kCheckThreads = 4;
 constexpr std::size_t kFaultCharacters = std::size_t{5} << 20;
 constexpr int kSqlRows = 20000;
 constexpr int kSqlColumns = 5;
@@ -238,12 +243,49 @@ int run(const Job& job, std::string_view side) {
     return result.error == 0 ? 0 : 1;
 }
 
+// The calculation without its Length ( ... ), so that a check compares the whole result.
+std::string wholeResultOf(const std::string& calculation) {
+    const std::string_view head = "Length ( ", tail = " )";
+    if (!calculation.starts_with(head) || !calculation.ends_with(tail)) return calculation;
+    return calculation.substr(head.size(), calculation.size() - head.size() - tail.size());
+}
+
+// The calculation for one of several threads: the store's key is the thread's own, so that no
+// thread reads a value another one set.
+std::string forThread(std::string calculation, int thread) {
+    const std::string shared = "\"k\"", own = "\"k" + std::to_string(thread) + "\"";
+    for (std::size_t at = calculation.find(shared); at != std::string::npos;
+         at = calculation.find(shared, at + own.size())) {
+        calculation.replace(at, shared.size(), own);
+    }
+    return calculation;
+}
+
+// Every job's calculation run on several threads at once gives what it gives alone.
+bool agreesOnThreads(sim::Session& session, const Job& job) {
+    const std::string alone = session.eval(wholeResultOf(job.plugin)).text;
+    std::vector<std::string> answers(kCheckThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kCheckThreads; ++t) {
+        threads.emplace_back([&, t] {
+            answers[static_cast<std::size_t>(t)] =
+                session.eval(forThread(wholeResultOf(job.plugin), t)).text;
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    bool agree = true;
+    for (const std::string& answer : answers) agree = agree && answer == alone;
+    std::printf("%s on %d threads: %s\n", job.name, kCheckThreads, agree ? "agree" : "DIFFER");
+    return agree;
+}
+
 int check() {
     int failures = 0;
-    for (const Job& job : jobs(kCharacters)) {
-        if (!job.sameResult) continue;
+    for (const Job& job : jobs(kCheckCharacters)) {
         sim::Session session(optionsFor(job));
         if (job.setUp) job.setUp(session);
+        if (!agreesOnThreads(session, job)) ++failures;
+        if (!job.sameResult) continue;
         const sim::EvalResult plugin = session.eval(job.plugin);
         const sim::EvalResult host = session.eval(job.host);
         const bool agree = plugin.error == 0 && host.error == 0 && plugin.text == host.text;
