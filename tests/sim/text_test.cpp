@@ -79,6 +79,32 @@ TEST(Encoding, RunsOfAsciiAroundOtherCharacters) {
     }
 }
 
+// Malformed and edge sequences decode the same wherever a block puts them: after any run of ASCII,
+// as they do alone.
+TEST(Encoding, MalformedBytesAtEveryBlockPosition) {
+    const std::string odd[] = {"\xC1\xBF",
+                               "\xC2",
+                               "\xC2"
+                               "A",
+                               "\xDF\xBF",
+                               "\xE2\x82",
+                               "\x80",
+                               "\xFF",
+                               "\xC3\xA9\xC3",
+                               "\xC3\xA9\xE2\x82\xAC"};
+    for (const std::string& bytes : odd) {
+        const std::u16string alone = fromUtf8(bytes);
+        for (size_t before = 0; before <= 17; ++before) {
+            SCOPED_TRACE(before);
+            EXPECT_EQ(fromUtf8(std::string(before, 'a') + bytes),
+                      std::u16string(before, u'a') + alone);
+            EXPECT_EQ(fromUtf8(std::string(before, 'a') + bytes + "bcdefghij"),
+                      std::u16string(before, u'a') + alone + u"bcdefghij");
+        }
+    }
+    EXPECT_EQ(fromUtf8("\xC1\xBF"), u"\uFFFD\uFFFD");  // overlong
+}
+
 CharStyle bold() {
     CharStyle s;
     s.face = s.faceMask = 0x0100;
