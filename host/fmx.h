@@ -15,16 +15,16 @@
 
 namespace fmx {
 
-// Out of line and marked cold, so that the check after every host call is one compare.
-[[noreturn, gnu::cold, gnu::noinline]] inline void ThrowHostFailure(int32 code) {
+// Out of line and marked cold, so that the check after every host call is one compare with
+// zero. Only the two codes the host defines are failures; anything else is ignored.
+[[gnu::cold, gnu::noinline]] inline void ThrowIfHostFailure(int32 code) {
     if (code == _fmxcpt::kBadAlloc) throw std::bad_alloc();
-    throw std::exception();
+    if (code == _fmxcpt::kUnknown) throw std::exception();
 }
 
 inline void _fmxcpt::Check() const {
-    // Only the two codes the host defines are failures; anything else is ignored.
-    if (static_cast<uint32>(m_code - kBadAlloc) <= kUnknown - kBadAlloc) [[unlikely]] {
-        ThrowHostFailure(m_code);
+    if (m_code != kNoErr) [[unlikely]] {
+        ThrowIfHostFailure(m_code);
     }
 }
 

@@ -427,30 +427,33 @@ Formattings formattingsFromFMCharacter(const fmx::Text& text, fmx::uint32 positi
 std::vector<FragmentCuts::Start> cutStarts(const fmx::Text& text, fmx::uint32 from,
                                            std::u16string_view units, StyleCache& cache) {
     std::vector<FragmentCuts::Start> starts;
-    // The style read last and the one before it: swapped, never copied.
+    if (units.empty()) return starts;
+    // The style read last and the one its run started with: swapped, never copied.
     fmx::CharacterStyleUniquePtr style;
     fmx::CharacterStyleUniquePtr previous;
-    fmx::uint16 previousFace = 0;
-    bool previousSpace = false;
+    fmx::uint16 face = 0;
     size_t currentCss = 0;  // the CSS of the fragment being cut
-    for (size_t i = 0; i < units.size(); ++i) {
+    text.GetStyle(*style, from);
+    for (size_t i = 0;;) {
+        // Unit i starts a run of its style.
         const bool space = units[i] == u' ';
-        text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
-        // A character styled as the one before has its formatting set, and so its CSS; only
-        // word underline tells spaces from other characters.
-        const bool sameStyle = i > 0 && *style == *previous &&
-                               (!has(previousFace, kWordUnderline) || space == previousSpace);
-        previousSpace = space;
-        if (sameStyle) continue;
-        const size_t index = cache.lookup(*style, space, previousFace);
+        const size_t index = cache.lookup(*style, space, face);
         style.swap(previous);
         // Equal CSS text continues the fragment, which keeps its first character's formatting.
         const size_t css = cache.entry(index).cssId;
-        if (i > 0 && css == currentCss) continue;
-        currentCss = css;
-        starts.push_back({i, index});
+        if (i == 0 || css != currentCss) {
+            currentCss = css;
+            starts.push_back({i, index});
+        }
+        // Characters styled as the run's first have its formatting, and so its CSS; only word
+        // underline tells spaces from other characters.
+        const bool spacesCount = has(face, kWordUnderline);
+        for (++i; i < units.size(); ++i) {
+            text.GetStyle(*style, static_cast<fmx::uint32>(from + i));
+            if (!(*style == *previous) || (spacesCount && (units[i] == u' ') != space)) break;
+        }
+        if (i == units.size()) return starts;
     }
-    return starts;
 }
 
 FragmentCuts cutFragments(const fmx::Text& text, fmx::uint32 from, fmx::uint32 to,

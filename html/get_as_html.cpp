@@ -2,7 +2,13 @@
 #include "html/get_as_html.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "fmlib/convert.h"
 #include "fmlib/text_utils.h"
@@ -206,6 +212,22 @@ void convertBareParagraph(const fmx::Text& source, fmx::uint32 from, std::u16str
     if (merged != nullptr) write(units.size());
 }
 
+// The first carriage return at or after `from`, or the size; eight units a step with SSE2.
+size_t nextReturn(std::u16string_view units, size_t from) {
+    size_t i = from;
+#if defined(__SSE2__)
+    const __m128i cr = _mm_set1_epi16(u'\r');
+    for (; i + 8 <= units.size(); i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units.data() + i));
+        if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(v, cr)))) {
+            return i + static_cast<size_t>(std::countr_zero(mask)) / 2;
+        }
+    }
+#endif
+    while (i < units.size() && units[i] != u'\r') ++i;
+    return i;
+}
+
 void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const ParamVector& classes,
                        const ParamVector& styles, Conversion& conversion, std::u16string& body) {
     const fmx::uint32 size = source.GetSize();
@@ -214,9 +236,7 @@ void convertParagraphs(const fmx::Text& source, const ParamVector& tags, const P
     const std::u16string_view units(text);
     size_t start = 0;
     while (true) {
-        const size_t end = static_cast<size_t>(
-            std::find(units.begin() + static_cast<ptrdiff_t>(start), units.end(), u'\r') -
-            units.begin());
+        const size_t end = nextReturn(units, start);
         convertBareParagraph(source, static_cast<fmx::uint32>(start),
                              units.substr(start, end - start), tags, classes, styles, conversion,
                              body);
@@ -358,20 +378,61 @@ std::string createTag(const std::string& tag, const cFragment& fragment) {
     return out + ">";
 }
 
-// The text between characters that need escaping is copied whole.
-void addEntitiesAndFixEndlines(std::u16string_view text, std::u16string& out) {
+namespace {
+
+bool needsEscaping(char16_t c) {
     constexpr uint64_t kSpecialBelow64 =
         uint64_t{1} << u'<' | uint64_t{1} << u'>' | uint64_t{1} << u'&' | uint64_t{1} << u'\n';
-    auto plain = [](char16_t c) {
-        return c < 64 ? (kSpecialBelow64 >> c & 1) == 0 : c != u'\u00A0' && c != u'\u2028';
-    };
+    return c < 64 ? (kSpecialBelow64 >> c & 1) != 0 : c == u'\u00A0' || c == u'\u2028';
+}
+
+#if defined(__SSE2__)
+// A bit pair for each of the eight units at `at` that needs escaping.
+unsigned escapeLanes(const char16_t* at) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    const __m128i angle = _mm_set1_epi16(u'>');
+    const __m128i bit1 = _mm_set1_epi16(2);  // '<' is '>' without it
+    const __m128i hits = _mm_or_si128(
+        _mm_or_si128(_mm_cmpeq_epi16(_mm_or_si128(v, bit1), angle),
+                     _mm_cmpeq_epi16(v, _mm_set1_epi16(u'&'))),
+        _mm_or_si128(_mm_cmpeq_epi16(v, _mm_set1_epi16(u'\n')),
+                     _mm_or_si128(_mm_cmpeq_epi16(v, _mm_set1_epi16(static_cast<short>(0x00A0))),
+                                  _mm_cmpeq_epi16(v, _mm_set1_epi16(static_cast<short>(0x2028))))));
+    return static_cast<unsigned>(_mm_movemask_epi8(hits));
+}
+#endif
+
+// The first unit at or after `from` that needs escaping, or the size; eight units a step with
+// SSE2, the last step overlapping the one before.
+size_t nextToEscape(std::u16string_view text, size_t from) {
+    size_t i = from;
+#if defined(__SSE2__)
+    if (text.size() >= 8) {
+        for (; i + 8 <= text.size(); i += 8) {
+            if (const unsigned lanes = escapeLanes(text.data() + i)) {
+                return i + static_cast<size_t>(std::countr_zero(lanes)) / 2;
+            }
+        }
+        if (i == text.size()) return i;
+        const size_t last = text.size() - 8;
+        const unsigned unseen = ~0u << (2 * (i - last));
+        const unsigned lanes = escapeLanes(text.data() + last) & unseen;
+        return lanes != 0 ? last + static_cast<size_t>(std::countr_zero(lanes)) / 2 : text.size();
+    }
+#endif
+    while (i < text.size() && !needsEscaping(text[i])) ++i;
+    return i;
+}
+
+}  // namespace
+
+// The text between characters that need escaping is copied whole.
+void addEntitiesAndFixEndlines(std::u16string_view text, std::u16string& out) {
     size_t from = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i];
-        if (plain(c)) continue;
+    for (size_t i = nextToEscape(text, 0); i < text.size(); i = nextToEscape(text, from)) {
         out.append(text.substr(from, i - from));
         from = i + 1;
-        switch (c) {
+        switch (text[i]) {
             case u'<':
                 out += u"&lt;";
                 break;

@@ -1,6 +1,8 @@
 // Ravelin_GetAsHTML through the substitute host with the built plug-in loaded: formatting of each
 // face, tags, classes and inline styles, paragraphs and their escalations, escaping, the "$"
 // variable path and the merge trace. Every output also passes an HTML5 parser.
+#include "html/get_as_html.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -244,6 +246,28 @@ TEST_F(GetAsHTML, ParagraphsAndEscaping) {
          "Char ( 160 ) & \"f\" )",
          "a&lt;b&gt;&amp;c'\"<br/>\rd<br/>\re&nbsp;f"},
     });
+}
+
+// The escaping scan goes several units a step: each character to escape is found at every
+// position of a step and of the last, overlapping one, and nothing past the text's end counts.
+TEST(GetAsHTMLEscaping, FindsEveryCharacterWhereverAStepPutsIt) {
+    const std::pair<char16_t, std::u16string> escaped[] = {
+        {u'<', u"&lt;"},     {u'>', u"&gt;"},         {u'&', u"&amp;"},
+        {u'\n', u"<br/>\r"}, {u'\u2028', u"<br/>\r"}, {u'\u00A0', u"&nbsp;"},
+    };
+    for (size_t n = 1; n <= 24; ++n) {
+        for (size_t p = 0; p < n; ++p) {
+            for (const auto& [c, entity] : escaped) {
+                std::u16string text(n, u'a');
+                text[p] = c;
+                text += u"<&";  // outside the view
+                std::u16string out;
+                rvl::html::addEntitiesAndFixEndlines(std::u16string_view(text).substr(0, n), out);
+                EXPECT_EQ(out, std::u16string(p, u'a') + entity + std::u16string(n - p - 1, u'a'))
+                    << n << " " << p << " " << static_cast<int>(c);
+            }
+        }
+    }
 }
 
 TEST_F(GetAsHTML, MergesNeighboursOfEqualAppearance) {
