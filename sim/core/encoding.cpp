@@ -265,15 +265,23 @@ void narrow4(const char16_t* from, char* to) {
 size_t narrowAsciiRun(const char16_t* s, size_t n, char* to) {
     size_t done = 0;
 #if defined(__SSE2__)
-    const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
+    // packus saturates a unit above 0xFF to 0xFF and one of 0x8000 or more to 0: the high bits of
+    // the packed bytes and of the units themselves together flag every unit that is not ASCII.
+    const auto narrow16 = [&](size_t at) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + at));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + at + 8));
+        const __m128i packed = _mm_packus_epi16(a, b);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + at), packed);
+        return _mm_or_si128(packed, _mm_or_si128(a, b));
+    };
+    // Stored before they are tested: bytes past the run are written over by what follows. A run
+    // that lasts sixteen units is taken on thirty-two at a time.
+    if (n < 16 || _mm_movemask_epi8(narrow16(0)) != 0) return 0;
+    for (done = 16; done + 32 <= n; done += 32) {
+        if (_mm_movemask_epi8(_mm_or_si128(narrow16(done), narrow16(done + 16))) != 0) break;
+    }
     for (; done + 16 <= n; done += 16) {
-        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + done));
-        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + done + 8));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(_mm_or_si128(a, b), nonAscii),
-                                              _mm_setzero_si128())) != 0xFFFF) {
-            break;
-        }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + done), _mm_packus_epi16(a, b));
+        if (_mm_movemask_epi8(narrow16(done)) != 0) break;
     }
 #else
     for (; done + 16 <= n && asciiUnits<16>(s + done); done += 16) {
@@ -437,7 +445,7 @@ std::u16string fromUtf8(std::string_view s) {
             // Eight bytes at a time: widened at once, of which the ASCII before the first other
             // byte are kept, with a two-byte letter there taken in the same step. A block never
             // gives more units than bytes, so the widened eight fit.
-            while (i + 8 <= end) {
+            while (i + 9 <= end) {  // the ninth byte: a letter's second, after seven ASCII
                 uint64_t block;
                 std::memcpy(&block, bytes + i, sizeof block);
                 widen8(bytes + i, o);
@@ -449,7 +457,6 @@ std::u16string fromUtf8(std::string_view s) {
                 }
                 o += ascii;
                 i += ascii;
-                if (ascii == 7) break;
                 const uint32_t pair = bytePair(bytes + i);
                 if (!isTwoByteLetter(pair)) break;
                 *o++ = twoByteUnit(pair);
