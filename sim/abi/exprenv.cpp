@@ -32,19 +32,34 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
-// Keeps a result's rows in a row vector, each field an owned value of its own.
+// Keeps a result's rows in a row vector, each field an owned value of its own. The texts of a
+// row's fields (a text's units, the text form of any other value) lie together in one block that
+// the row's values share, so that a row takes two allocations (its fields and their texts), not
+// one for each field's text as well.
 class RowsInto final : public sim::Database::RowSink {
 public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
-    void beginRow(int columns) override {
-        items_ = &rows_.emplace_back().items;
-        items_->reserve(static_cast<std::size_t>(columns));
+    void row(const sim::Database::Row& row) override {
+        const auto columns = static_cast<std::size_t>(row.columns());
+        auto& items = rows_.emplace_back().items;
+        items.reserve(columns);
+        texts_.clear();
+        ends_.clear();
+        for (std::size_t c = 0; c < columns; ++c) {
+            items.emplace_back([&] { return row.value(static_cast<int>(c), texts_); });
+            ends_.push_back(texts_.size());
+        }
+        if (texts_.empty()) return;  // every text is empty, as the values' own texts are
+        const sim::UnitsBlock block(texts_, ends_);
+        for (std::size_t c = 0; c < columns; ++c) {
+            if (ends_[c] != (c == 0 ? 0 : ends_[c - 1])) items[c].setTextForm(sim::Text(block.at(c)));
+        }
     }
-    void field(Value&& v) override { items_->emplace_back(std::move(v)); }
 
 private:
     std::vector<sim::DataVectObj>& rows_;
-    std::vector<sim::DataObj>* items_ = nullptr;
+    std::u16string texts_;           // the current row's texts, one after the other
+    std::vector<std::size_t> ends_;  // where each field's text ends in texts_
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {

@@ -56,6 +56,7 @@ public:
     explicit Text(std::u16string_view units);
     explicit Text(std::u16string&& units) : units_(std::move(units)) {}
     explicit Text(const char16_t* units) : Text(std::u16string_view(units)) {}
+    explicit Text(SharedUnits units) : units_(std::move(units)) {}
     Text(const Text& other);
     Text& operator=(const Text& other);
     Text(Text&&) noexcept = default;

@@ -97,6 +97,12 @@ public:
     // The text of a text value, or the text form of any other: a value other than text carries
     // its form once made (asText() then gives it too).
     const Text& textForm() { return type_ == Type::Text || hasTextForm_ ? text_ : makeTextForm(); }
+    // Gives the value the text textForm() gives, made elsewhere (a SQL result row's texts lie in
+    // one block): the text of a text value, the text form asText() makes of any other.
+    void setTextForm(Text form) {
+        text_ = std::move(form);
+        hasTextForm_ = type_ != Type::Text;
+    }
 
 private:
     const Text& makeTextForm();

@@ -52,6 +52,19 @@ Value textValue(std::string_view bytes, ColumnKind kind) {
     return Value::text(std::move(units));
 }
 
+// UTF-8 appended as UTF-16: ASCII unit by unit, anything else as fromUtf8 converts it.
+void appendUtf8(std::u16string& texts, std::string_view bytes) {
+    const bool ascii = std::all_of(bytes.begin(), bytes.end(),
+                                   [](char b) { return static_cast<unsigned char>(b) < 0x80; });
+    if (!ascii) {
+        texts += fromUtf8(bytes);
+        return;
+    }
+    const std::size_t start = texts.size();
+    texts.resize(start + bytes.size());
+    std::copy(bytes.begin(), bytes.end(), texts.begin() + static_cast<std::ptrdiff_t>(start));
+}
+
 int64_t integerOf(const Number& n) {
     int64_t v = 0;
     for (int k = 0; k < n.value.point; ++k) {
@@ -113,6 +126,19 @@ Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
         default:
             return Value::text(std::u16string());  // NULL: empty text
     }
+}
+
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts) {
+    if (kind != ColumnKind::Plain || sqlite3_column_type(st, c) != SQLITE_TEXT) {
+        Value v = columnValue(st, c, kind);
+        texts += v.type() == Type::Text ? v.textValue().units() : v.asText().units();
+        return v;
+    }
+    // A plain text's units go straight to `texts`, not through a string of their own.
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
+    appendUtf8(texts, std::string_view(bytes ? bytes : "", bytes ? size : 0));
+    return Value::text(Text());
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {
