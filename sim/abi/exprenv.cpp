@@ -32,10 +32,10 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
-// Keeps a result's rows in a row vector, each field an owned value of its own. The texts of a
-// row's fields (a text's units, the text form of any other value) lie together in one block that
-// the row's values share, so that a row takes two allocations (its fields and their texts), not
-// one for each field's text as well.
+// Keeps a result's rows in a row vector, each field an owned value of its own. The texts of the
+// fields (a text's units, the text form of any other value) of consecutive rows lie together in
+// blocks of a few kilobytes that the values share, so that a row takes one allocation of its own
+// (its fields), not one more for each field's text.
 class RowsInto final : public sim::Database::RowSink {
 public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
@@ -43,23 +43,39 @@ public:
         const auto columns = static_cast<std::size_t>(row.columns());
         auto& items = rows_.emplace_back().items;
         items.reserve(columns);
-        texts_.clear();
-        ends_.clear();
         for (std::size_t c = 0; c < columns; ++c) {
             items.emplace_back([&] { return row.value(static_cast<int>(c), texts_); });
             ends_.push_back(texts_.size());
         }
-        if (texts_.empty()) return;  // every text is empty, as the values' own texts are
-        const sim::UnitsBlock block(texts_, ends_);
-        for (std::size_t c = 0; c < columns; ++c) {
-            if (ends_[c] != (c == 0 ? 0 : ends_[c - 1])) items[c].setTextForm(sim::Text(block.at(c)));
+        if (texts_.size() >= kBlockUnits) shareTexts();
+    }
+
+    // Gives the fields of the rows read since the last call their texts, from one block. The
+    // values have no text before: call it once the last row is read.
+    void shareTexts() {
+        if (!texts_.empty()) {
+            const sim::UnitsBlock block(texts_, ends_);
+            std::size_t field = 0;
+            std::size_t start = 0;
+            for (std::size_t r = firstWaiting_; r < rows_.size(); ++r) {
+                for (const sim::DataObj& item : rows_[r].items) {
+                    // An empty text needs no block: the value's own is empty too.
+                    if (ends_[field] != start) item.setTextForm(block.at(field));
+                    start = ends_[field++];
+                }
+            }
         }
+        texts_.clear();
+        ends_.clear();
+        firstWaiting_ = rows_.size();
     }
 
 private:
+    static constexpr std::size_t kBlockUnits = 4096;
     std::vector<sim::DataVectObj>& rows_;
-    std::u16string texts_;           // the current row's texts, one after the other
-    std::vector<std::size_t> ends_;  // where each field's text ends in texts_
+    std::size_t firstWaiting_ = 0;   // the first row whose fields wait for their texts
+    std::u16string texts_;           // the waiting fields' texts, one after the other
+    std::vector<std::size_t> ends_;  // where each waiting field's text ends in texts_
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
@@ -167,6 +183,7 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expres
         std::string message;
         const short error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
                                       sink, sim::Database::Access::Any, &message);
+        sink.shareTexts();
         if (error) {
             sim::clearRows(result);
             if (env->notes) env->notes->sqlFailed(std::move(message));

@@ -63,7 +63,7 @@ public:
 
     const Text& text() const { return value_.textForm(); }
     // See Value::setTextForm: the value stays the same, and so do its borrowed forms.
-    void setTextForm(Text form) const { value_.setTextForm(std::move(form)); }
+    void setTextForm(SharedUnits form) const { value_.setTextForm(std::move(form)); }
     const Number& number() const;
     const DateTimeObj& date() const;
     const DateTimeObj& time() const;

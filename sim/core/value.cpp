@@ -27,12 +27,7 @@ DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOf
 
 }  // namespace
 
-Value Value::text(Text t) {
-    Value v;
-    v.type_ = Type::Text;
-    v.text_ = std::move(t);
-    return v;
-}
+Value Value::text(Text t) { return Value(Type::Text, std::move(t)); }
 
 const Text& Value::makeTextForm() {
     text_ = asText();

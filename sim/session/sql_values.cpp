@@ -128,17 +128,30 @@ Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
     }
 }
 
-Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts) {
-    if (kind != ColumnKind::Plain || sqlite3_column_type(st, c) != SQLITE_TEXT) {
-        Value v = columnValue(st, c, kind);
-        texts += v.type() == Type::Text ? v.textValue().units() : v.asText().units();
-        return v;
-    }
-    // A plain text's units go straight to `texts`, not through a string of their own.
+namespace {
+
+// A value read as columnValue() reads it, its text appended to `texts`.
+Value valueTextApart(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts) {
+    Value v = columnValue(st, c, kind);
+    texts += v.type() == Type::Text ? v.textValue().units() : v.asText().units();
+    return v;
+}
+
+// A plain text: its units go straight to `texts`, not through a string of their own.
+Value plainTextApart(sqlite3_stmt* st, int c, std::u16string& texts) {
     const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
     appendUtf8(texts, std::string_view(bytes ? bytes : "", bytes ? size : 0));
     return Value::text(Text());
+}
+
+}  // namespace
+
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts) {
+    if (kind == ColumnKind::Plain && sqlite3_column_type(st, c) == SQLITE_TEXT) {
+        return plainTextApart(st, c, texts);
+    }
+    return valueTextApart(st, c, kind, texts);
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {
