@@ -72,18 +72,18 @@ class UnitsBlock {
 public:
     UnitsBlock(std::u16string_view units, std::span<const std::size_t> ends)
         : count_(ends.size()) {
-        constexpr std::size_t kUnitsPerView = sizeof(std::u16string_view) / sizeof(char16_t);
-        const std::size_t tail = (units.size() + kUnitsPerView - 1) / kUnitsPerView;
-        views_ = std::make_shared_for_overwrite<std::u16string_view[]>(count_ + tail);
-        // The tail's storage is reused for units (views are trivially destructible).
+        constexpr std::size_t kUnitsPerSlot = sizeof(Slot) / sizeof(char16_t);
+        const std::size_t tail = (units.size() + kUnitsPerSlot - 1) / kUnitsPerSlot;
+        slots_ = std::make_shared_for_overwrite<Slot[]>(count_ + tail);
         char16_t* copy = nullptr;
         if (!units.empty()) {
-            copy = new (static_cast<void*>(views_.get() + count_)) char16_t[units.size()];
+            copy = new (static_cast<void*>(slots_.get() + count_)) char16_t[units.size()];
             std::copy(units.begin(), units.end(), copy);
         }
         std::size_t start = 0;
         for (std::size_t i = 0; i < count_; ++i) {
-            views_[i] = std::u16string_view(copy + start, ends[i] - start);
+            new (static_cast<void*>(slots_.get() + i))
+                std::u16string_view(copy + start, ends[i] - start);
             start = ends[i];
         }
     }
@@ -91,12 +91,17 @@ public:
     std::size_t size() const { return count_; }
     // The units of text `i` (i < size()), shared with the block.
     SharedUnits at(std::size_t i) const {
-        return SharedUnits(SharedUnits::Shared(views_, views_.get() + i));
+        const auto* view = std::launder(reinterpret_cast<const std::u16string_view*>(slots_.get() + i));
+        return SharedUnits(SharedUnits::Shared(slots_, view));
     }
 
 private:
+    // Room for a view or for a few units, made only as the block is filled.
+    struct Slot {
+        alignas(std::u16string_view) std::byte bytes[sizeof(std::u16string_view)];
+    };
     std::size_t count_;
-    std::shared_ptr<std::u16string_view[]> views_;
+    std::shared_ptr<Slot[]> slots_;
 };
 
 }  // namespace sim

@@ -122,8 +122,9 @@ Value Value::emptyOf(Type t) {
     switch (t) {
         case Type::Invalid:
             return v;
-        case Type::Text:
-            return text(u"");
+        case Type::Text:  // its text is empty
+            v.type_ = t;
+            return v;
         case Type::Binary:
             return binary({});
         case Type::Number:

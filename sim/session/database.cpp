@@ -232,14 +232,6 @@ short Database::queryLocked(std::u16string_view sql, const std::vector<Value>& p
     }
 }
 
-Value Database::Row::value(int c) const {
-    return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)]);
-}
-
-Value Database::Row::value(int c, std::u16string& texts) const {
-    return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)], texts);
-}
-
 namespace {
 
 class JoinedText final : public Database::RowSink {

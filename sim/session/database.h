@@ -45,10 +45,14 @@ public:
             : statement_(statement), kinds_(kinds) {}
         int columns() const { return static_cast<int>(kinds_.size()); }
         // Field `c` (0 <= c < columns()).
-        Value value(int c) const;
+        Value value(int c) const {
+            return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)]);
+        }
         // Field `c` without its text: the units textForm() gives are appended to `texts`
         // instead, for the caller to give back to the value (Value::setTextForm).
-        Value value(int c, std::u16string& texts) const;
+        Value value(int c, std::u16string& texts) const {
+            return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)], texts);
+        }
 
     private:
         sqlite3_stmt* statement_;

@@ -142,7 +142,7 @@ Value plainTextApart(sqlite3_stmt* st, int c, std::u16string& texts) {
     const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
     appendUtf8(texts, std::string_view(bytes ? bytes : "", bytes ? size : 0));
-    return Value::text(Text());
+    return Value::emptyOf(Type::Text);
 }
 
 }  // namespace
