@@ -70,8 +70,7 @@ private:
 // after the other, taken from `units` and cut where `ends` say.
 class UnitsBlock {
 public:
-    UnitsBlock(std::u16string_view units, std::span<const std::size_t> ends)
-        : count_(ends.size()) {
+    UnitsBlock(std::u16string_view units, std::span<const std::size_t> ends) : count_(ends.size()) {
         constexpr std::size_t kUnitsPerSlot = sizeof(Slot) / sizeof(char16_t);
         const std::size_t tail = (units.size() + kUnitsPerSlot - 1) / kUnitsPerSlot;
         slots_ = std::make_shared_for_overwrite<Slot[]>(count_ + tail);
@@ -91,7 +90,8 @@ public:
     std::size_t size() const { return count_; }
     // The units of text `i` (i < size()), shared with the block.
     SharedUnits at(std::size_t i) const {
-        const auto* view = std::launder(reinterpret_cast<const std::u16string_view*>(slots_.get() + i));
+        const auto* view =
+            std::launder(reinterpret_cast<const std::u16string_view*>(slots_.get() + i));
         return SharedUnits(SharedUnits::Shared(slots_, view));
     }
 
