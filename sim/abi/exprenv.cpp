@@ -181,9 +181,15 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expres
         sim::clearRows(result);
         RowsInto sink(result);
         std::string message;
-        const short error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                                      sink, sim::Database::Access::Any, &message);
-        sink.shareTexts();
+        short error = 0;
+        try {
+            error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink,
+                              sim::Database::Access::Any, &message);
+            if (error == 0) sink.shareTexts();
+        } catch (...) {
+            sim::clearRows(result);  // no rows whose fields still wait for their texts
+            throw;
+        }
         if (error) {
             sim::clearRows(result);
             if (env->notes) env->notes->sqlFailed(std::move(message));
