@@ -32,19 +32,50 @@ std::u16string sqlFile(const Env& env, const fmx::Text& filename) {
     return sim::HostContext(Host::instance(), env).fileName();
 }
 
-// Keeps a result's rows in a row vector, each field an owned value of its own.
+// Keeps a result's rows in a row vector, each field an owned value of its own. The texts of the
+// fields (a text's units, the text form of any other value) of consecutive rows lie together in
+// blocks of a few kilobytes that the values share, so that a row takes one allocation of its own
+// (its fields), not one more for each field's text.
 class RowsInto final : public sim::Database::RowSink {
 public:
     explicit RowsInto(fmx::RowVect& rows) : rows_(sim::objectOf(rows).rows) {}
-    void beginRow(int columns) override {
-        items_ = &rows_.emplace_back().items;
-        items_->reserve(static_cast<std::size_t>(columns));
+    void row(const sim::Database::Row& row) override {
+        const auto columns = static_cast<std::size_t>(row.columns());
+        auto& items = rows_.emplace_back().items;
+        items.reserve(columns);
+        for (std::size_t c = 0; c < columns; ++c) {
+            items.emplace_back([&] { return row.value(static_cast<int>(c), texts_); });
+            ends_.push_back(texts_.size());
+        }
+        if (texts_.size() >= kBlockUnits) shareTexts();
     }
-    void field(Value&& v) override { items_->emplace_back(std::move(v)); }
+
+    // Gives the fields of the rows read since the last call their texts, from one block. The
+    // values have no text before: call it once the last row is read.
+    void shareTexts() {
+        if (!texts_.empty()) {
+            const sim::UnitsBlock block(texts_, ends_);
+            std::size_t field = 0;
+            std::size_t start = 0;
+            for (std::size_t r = firstWaiting_; r < rows_.size(); ++r) {
+                for (const sim::DataObj& item : rows_[r].items) {
+                    // An empty text needs no block: the value's own is empty too.
+                    if (ends_[field] != start) item.setTextForm(block.at(field));
+                    start = ends_[field++];
+                }
+            }
+        }
+        texts_.clear();
+        ends_.clear();
+        firstWaiting_ = rows_.size();
+    }
 
 private:
+    static constexpr std::size_t kBlockUnits = 4096;
     std::vector<sim::DataVectObj>& rows_;
-    std::vector<sim::DataObj>* items_ = nullptr;
+    std::size_t firstWaiting_ = 0;   // the first row whose fields wait for their texts
+    std::u16string texts_;           // the waiting fields' texts, one after the other
+    std::vector<std::size_t> ends_;  // where each waiting field's text ends in texts_
 };
 
 Value getFunctionValue(const Env& env, short which, fmx::errcode& error) {
@@ -150,8 +181,15 @@ fmx::errcode FM_ExprEnv_ExecuteFileSQL(const void* self, const fmx::Text& expres
         sim::clearRows(result);
         RowsInto sink(result);
         std::string message;
-        const short error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters),
-                                      sink, sim::Database::Access::Any, &message);
+        short error = 0;
+        try {
+            error = db->query(sim::textOf(expression).units(), sim::valuesOf(parameters), sink,
+                              sim::Database::Access::Any, &message);
+            if (error == 0) sink.shareTexts();
+        } catch (...) {
+            sim::clearRows(result);  // no rows whose fields still wait for their texts
+            throw;
+        }
         if (error) {
             sim::clearRows(result);
             if (env->notes) env->notes->sqlFailed(std::move(message));

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -36,6 +37,9 @@ public:
     DataObj() = default;
     explicit DataObj(Value&& v) : value_(std::move(v)) {}
     explicit DataObj(const Value& v) : value_(v) {}
+    // Made in place from what `make()` returns, so that a value is built where it is kept.
+    template <class Make, class = std::enable_if_t<std::is_invocable_r_v<Value, Make&>>>
+    explicit DataObj(Make&& make) : value_(make()) {}
     DataObj(const DataObj& other) : value_(other.value_) {}
     DataObj& operator=(const DataObj& other) {
         set(other.value_);
@@ -58,6 +62,8 @@ public:
     }
 
     const Text& text() const { return value_.textForm(); }
+    // See Value::setTextForm: the value stays the same, and so do its borrowed forms.
+    void setTextForm(SharedUnits form) const { value_.setTextForm(std::move(form)); }
     const Number& number() const;
     const DateTimeObj& date() const;
     const DateTimeObj& time() const;

@@ -71,6 +71,11 @@ public:
     void assign(std::u16string_view units);
     void assign(std::u16string&& units);
     void assign(const char16_t* units) { assign(std::u16string_view(units)); }
+    // Replaces the whole text with plain units shared with other texts.
+    void assign(SharedUnits units) {
+        units_ = std::move(units);
+        styles_.reset();
+    }
     // Replaces the whole text with a slice of `other`, styles included.
     void setSlice(const Text& other, uint32_t pos, uint32_t len);
     void append(const Text& other, uint32_t pos = 0, uint32_t len = UINT32_MAX);

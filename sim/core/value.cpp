@@ -27,12 +27,7 @@ DateTime timeOfDay(const DateTime& d) { return DateTime::fromSeconds(d.secondsOf
 
 }  // namespace
 
-Value Value::text(Text t) {
-    Value v;
-    v.type_ = Type::Text;
-    v.text_ = std::move(t);
-    return v;
-}
+Value Value::text(Text t) { return Value(Type::Text, std::move(t)); }
 
 const Text& Value::makeTextForm() {
     text_ = asText();
@@ -127,8 +122,9 @@ Value Value::emptyOf(Type t) {
     switch (t) {
         case Type::Invalid:
             return v;
-        case Type::Text:
-            return text(u"");
+        case Type::Text:  // its text is empty
+            v.type_ = t;
+            return v;
         case Type::Binary:
             return binary({});
         case Type::Number:

@@ -97,8 +97,15 @@ public:
     // The text of a text value, or the text form of any other: a value other than text carries
     // its form once made (asText() then gives it too).
     const Text& textForm() { return type_ == Type::Text || hasTextForm_ ? text_ : makeTextForm(); }
+    // Gives the value the text textForm() gives, made elsewhere (a SQL result row's texts lie in
+    // one block): the text of a text value, the text form asText() makes of any other.
+    void setTextForm(SharedUnits form) {
+        text_.assign(std::move(form));
+        hasTextForm_ = type_ != Type::Text;
+    }
 
 private:
+    Value(Type type, Text&& text) : type_(type), text_(std::move(text)) {}
     const Text& makeTextForm();
     // A date, time or timestamp without value holds no moment.
     bool hasMoment() const { return std::holds_alternative<DateTime>(payload_); }

@@ -223,14 +223,12 @@ short Database::queryLocked(std::u16string_view sql, const std::vector<Value>& p
     kinds.reserve(static_cast<std::size_t>(columns));
     for (int c = 0; c < columns; ++c)
         kinds.push_back(columnKind(sqlite3_column_decltype(st.get(), c)));
+    const Row row(st.get(), kinds);
     for (;;) {
         const int rc = sqlite3_step(st.get());
         if (rc == SQLITE_DONE) return 0;
         if (rc != SQLITE_ROW) return fail();
-        sink.beginRow(columns);
-        for (int c = 0; c < columns; ++c) {
-            sink.field(columnValue(st.get(), c, kinds[static_cast<std::size_t>(c)]));
-        }
+        sink.row(row);
     }
 }
 
@@ -241,21 +239,18 @@ public:
     JoinedText(std::u16string_view fieldSeparator, std::u16string_view rowSeparator,
                std::u16string& joined)
         : fieldSeparator_(fieldSeparator), rowSeparator_(rowSeparator), joined_(joined) {}
-    void beginRow(int) override {
+    void row(const Database::Row& row) override {
         if (rows_++ > 0) joined_ += rowSeparator_;
-        firstCell_ = true;
-    }
-    void field(Value&& v) override {
-        if (!firstCell_) joined_ += fieldSeparator_;
-        firstCell_ = false;
-        joined_ += v.textForm().units();
+        for (int c = 0; c < row.columns(); ++c) {
+            if (c > 0) joined_ += fieldSeparator_;
+            joined_ += row.value(c).textForm().units();
+        }
     }
 
 private:
     std::u16string_view fieldSeparator_, rowSeparator_;
     std::u16string& joined_;
     std::size_t rows_ = 0;
-    bool firstCell_ = true;
 };
 
 }  // namespace

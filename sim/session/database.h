@@ -13,6 +13,7 @@
 #include "sim/session/sql_values.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace sim {
 
@@ -37,12 +38,30 @@ public:
     // Runs a script of SQL statements (a seed file). Throws DatabaseError.
     void runScript(const std::string& sql);
 
+    // The current row of a result.
+    class Row {
+    public:
+        Row(sqlite3_stmt* statement, const std::vector<ColumnKind>& kinds)
+            : statement_(statement), kinds_(kinds) {}
+        int columns() const { return static_cast<int>(kinds_.size()); }
+        // Field `c` (0 <= c < columns()).
+        Value value(int c) const {
+            return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)]);
+        }
+        // Field `c` without its text: the units textForm() gives are appended to `texts`
+        // instead, for the caller to give back to the value (Value::setTextForm).
+        Value value(int c, std::u16string& texts) const {
+            return columnValue(statement_, c, kinds_[static_cast<std::size_t>(c)], texts);
+        }
+
+    private:
+        sqlite3_stmt* statement_;
+        const std::vector<ColumnKind>& kinds_;
+    };
     // Receives a result as it is read, one row at a time.
     class RowSink {
     public:
-        // A row of `columns` fields starts; its fields follow in order.
-        virtual void beginRow(int columns) = 0;
-        virtual void field(Value&& value) = 0;
+        virtual void row(const Row& row) = 0;
 
     protected:
         ~RowSink() = default;

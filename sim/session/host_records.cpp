@@ -14,8 +14,9 @@ namespace {
 // Collects every field of a result.
 class Collect final : public Database::RowSink {
 public:
-    void beginRow(int) override {}
-    void field(Value&& value) override { values.push_back(std::move(value)); }
+    void row(const Database::Row& row) override {
+        for (int c = 0; c < row.columns(); ++c) values.push_back(row.value(c));
+    }
     std::vector<Value> values;
 };
 

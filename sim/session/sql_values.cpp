@@ -25,7 +25,10 @@ Value sqlValue(Value v) {
     return v;
 }
 
-std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
+// This and textValue are inlined into valueOfType, as it is into both readers of a field, so
+// that reading a field is one function either way.
+[[gnu::always_inline]] inline std::optional<Value> dateLikeValue(std::u16string_view text,
+                                                                 ColumnKind kind) {
     std::optional<DateTime> parsed;
     switch (kind) {
         case ColumnKind::Date:
@@ -44,12 +47,25 @@ std::optional<Value> dateLikeValue(std::u16string_view text, ColumnKind kind) {
 }
 
 // Text of a date-like column becomes a date, time or timestamp when it reads as one.
-Value textValue(std::string_view bytes, ColumnKind kind) {
+[[gnu::always_inline]] inline Value textValue(std::string_view bytes, ColumnKind kind) {
     std::u16string units = fromUtf8(bytes);
     if (kind != ColumnKind::Plain) {
         if (std::optional<Value> v = dateLikeValue(units, kind)) return sqlValue(std::move(*v));
     }
     return Value::text(std::move(units));
+}
+
+// UTF-8 appended as UTF-16: ASCII unit by unit, anything else as fromUtf8 converts it.
+void appendUtf8(std::u16string& texts, std::string_view bytes) {
+    const bool ascii = std::all_of(bytes.begin(), bytes.end(),
+                                   [](char b) { return static_cast<unsigned char>(b) < 0x80; });
+    if (!ascii) {
+        texts += fromUtf8(bytes);
+        return;
+    }
+    const std::size_t start = texts.size();
+    texts.resize(start + bytes.size());
+    std::copy(bytes.begin(), bytes.end(), texts.begin() + static_cast<std::ptrdiff_t>(start));
 }
 
 int64_t integerOf(const Number& n) {
@@ -87,8 +103,13 @@ ColumnKind columnKind(const char* declaredType) {
     return ColumnKind::Plain;
 }
 
-Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
-    switch (sqlite3_column_type(st, c)) {
+namespace {
+
+// Column `c`, whose SQLite type is `type`: made part of both readers below, each of which reads
+// the type once.
+[[gnu::always_inline]] inline Value valueOfType(sqlite3_stmt* st, int c, ColumnKind kind,
+                                                int type) {
+    switch (type) {
         case SQLITE_INTEGER:
             return sqlValue(Value::number(Number::fromInt(sqlite3_column_int64(st, c))));
         case SQLITE_FLOAT: {
@@ -113,6 +134,37 @@ Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
         default:
             return Value::text(std::u16string());  // NULL: empty text
     }
+}
+
+}  // namespace
+
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind) {
+    return valueOfType(st, c, kind, sqlite3_column_type(st, c));
+}
+
+namespace {
+
+// A value read as columnValue() reads it, its text appended to `texts`.
+Value valueTextApart(sqlite3_stmt* st, int c, ColumnKind kind, int type, std::u16string& texts) {
+    Value v = valueOfType(st, c, kind, type);
+    texts += v.type() == Type::Text ? v.textValue().units() : v.asText().units();
+    return v;
+}
+
+// A plain text: its units go straight to `texts`, not through a string of their own.
+Value plainTextApart(sqlite3_stmt* st, int c, std::u16string& texts) {
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(st, c));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(st, c));
+    appendUtf8(texts, std::string_view(bytes ? bytes : "", bytes ? size : 0));
+    return Value::emptyOf(Type::Text);
+}
+
+}  // namespace
+
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts) {
+    const int type = sqlite3_column_type(st, c);
+    if (kind == ColumnKind::Plain && type == SQLITE_TEXT) return plainTextApart(st, c, texts);
+    return valueTextApart(st, c, kind, type, texts);
 }
 
 int bindValue(sqlite3_stmt* st, int index, const Value& v) {

@@ -19,6 +19,8 @@ ColumnKind columnKind(const char* declaredType);
 // ISO text of a date-like column as that type (text it cannot read stays text), text as text,
 // NULL as empty text, blobs as containers.
 Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind);
+// The same value without its text: the units its textForm() gives are appended to `texts`.
+Value columnValue(sqlite3_stmt* st, int c, ColumnKind kind, std::u16string& texts);
 
 // Binds a parameter: an empty value as NULL, numbers as integers when whole, dates, times and
 // timestamps in their SQL text forms, containers as the bytes of their first stream.

@@ -112,6 +112,40 @@ TEST_F(SqlTest, DateColumnTextBecomesADateOnlyForRealDays) {
     }
 }
 
+// A long result's texts lie in blocks shared by many rows: every field still reads as its own,
+// across the blocks' edges, and a value copied out keeps its text after the rows are gone.
+TEST_F(SqlTest, RowTextsSurviveBlockEdgesAndTheRows) {
+    fmx::RowVectUniquePtr rows;
+    sim::DataVectHandle none = sim::makeDataVect({});
+    ASSERT_EQ(env.handleRef().ExecuteFileSQL(
+                  *makeText(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+                            u"WHERE i < 3000) SELECT i, CASE i % 3 WHEN 0 THEN '' WHEN 1 THEN "
+                            u"'ü' || i ELSE 'row ' || i END, i * 0.5, NULL FROM n"),
+                  *makeText(u""), *none, *rows),
+              0);
+    ASSERT_EQ(rows->Size(), 3000u);
+    std::vector<std::pair<sim::Value, std::u16string>> kept;  // copies, and their texts
+    for (fmx::uint32 r = 0; r < rows->Size(); ++r) {
+        const int i = static_cast<int>(r) + 1;
+        const std::u16string text = i % 3 == 0   ? u""
+                                    : i % 3 == 1 ? u"ü" + sim::fromUtf8(std::to_string(i))
+                                                 : u"row " + sim::fromUtf8(std::to_string(i));
+        const std::u16string half = sim::fromUtf8(std::to_string(i / 2) + (i % 2 ? ".5" : ""));
+        const std::u16string expected[] = {sim::fromUtf8(std::to_string(i)), text, half, u""};
+        const fmx::DataVect& row = rows->At(r);
+        ASSERT_EQ(row.Size(), std::size(expected));
+        for (fmx::uint32 c = 0; c < row.Size(); ++c) {
+            ASSERT_EQ(sim::textOf(row.AtAsText(c)).units(), expected[c]) << r << ", " << c;
+        }
+        if (r % 500 == 1) kept.emplace_back(sim::valueOf(row.At(1)), text);
+    }
+    rows.reset();
+    for (const auto& [value, text] : kept) {
+        EXPECT_EQ(value.type(), sim::Type::Text);
+        EXPECT_EQ(value.asText().units(), text);
+    }
+}
+
 TEST_F(SqlTest, ErrorsMapToTheHostsCodes) {
     struct Case {
         std::u16string sql, file;

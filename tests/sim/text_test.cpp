@@ -359,6 +359,28 @@ TEST(Text, CopiesOfLongTextsChangeIndependently) {
     EXPECT_EQ(grown.units(), std::u16string(4097, u'y'));
 }
 
+// Texts made together share one block: each sees its own part, empty ones included, keeps it
+// after the block's maker is gone, and changes alone.
+TEST(Text, TextsOfOneBlockKeepTheirPartsAndChangeAlone) {
+    const std::u16string units = u"abcdé😀fg";
+    const std::size_t ends[] = {3, 3, 8, 9};  // "abc", "", "dé😀f", "g"
+    std::vector<Text> texts(std::size(ends));
+    {
+        const UnitsBlock block(units, ends);
+        ASSERT_EQ(block.size(), std::size(ends));
+        for (std::size_t i = 0; i < block.size(); ++i) texts[i].assign(block.at(i));
+    }
+    const std::u16string_view expected[] = {u"abc", u"", u"dé😀f", u"g"};
+    for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(texts[i].units(), expected[i]);
+    Text copy = texts[2];
+    copy.append(u"!");
+    texts[0].erase(0, 1);
+    EXPECT_EQ(copy.units(), u"dé😀f!");
+    EXPECT_EQ(texts[0].units(), u"bc");
+    EXPECT_EQ(texts[2].units(), u"dé😀f");
+    EXPECT_EQ(texts[3].units(), u"g");
+}
+
 TEST(Text, CaseMappingKeepsLengthAndPairs) {
     EXPECT_EQ(toLower(u"ÄÖÜ Straße İ"), u"äöü straße i");
     EXPECT_EQ(toUpper(u"straße ǆ"), u"STRAßE Ǆ");
