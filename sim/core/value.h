@@ -98,6 +98,10 @@ public:
     // its form once made (asText() then gives it too).
     const Text& textForm() { return type_ == Type::Text || hasTextForm_ ? text_ : makeTextForm(); }
 
+    // Makes this the number `n`, keeping the locale: what assigning Value::number(n) with this
+    // value's locale gives, without building a value first (a number's digits reuse the room).
+    void setNumber(const Number& n);
+
 private:
     const Text& makeTextForm();
     // A date, time or timestamp without value holds no moment.
