@@ -222,6 +222,9 @@ private:
     std::function<DateTime()> clock_;
     std::u16string applicationVersion_;
     std::atomic<bool> interrupt_{false};
+    // Open files whose externalErrorDetail is not empty, changed under mutex_: clearing the
+    // detail after each successful plug-in call needs no lock while no file has one.
+    std::atomic<size_t> filesWithDetail_{0};
 };
 
 // Local time now, in whole seconds, from the system clock.
