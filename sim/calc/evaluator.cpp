@@ -61,6 +61,27 @@ private:
 
 }  // namespace
 
+// The argument vector of the plug-in call now being made, emptied when the call is done.
+class Evaluator::ExternalArguments {
+public:
+    explicit ExternalArguments(Evaluator& e) : e_(e) {
+        if (e.externalArguments_.size() == e.externalLevel_) e.externalArguments_.emplace_back();
+        values_ = &e.externalArguments_[e.externalLevel_++];
+    }
+    ~ExternalArguments() {
+        values_->clear();
+        --e_.externalLevel_;
+    }
+    ExternalArguments(const ExternalArguments&) = delete;
+    ExternalArguments& operator=(const ExternalArguments&) = delete;
+
+    std::vector<Value>& values() { return *values_; }
+
+private:
+    Evaluator& e_;
+    std::vector<Value>* values_;
+};
+
 int callerNesting() { return tCallerNesting; }
 
 Value Evaluator::eval(const Node& node) {
@@ -245,7 +266,10 @@ Value Evaluator::evalBuiltin(const Node& node) {
 
 // The function is looked up again at call time: the arguments may have re-registered it.
 Value Evaluator::evalExternal(const Node& node) {
-    std::vector<Value> values = evalArguments(node);
+    ExternalArguments arguments(*this);
+    std::vector<Value>& values = arguments.values();
+    values.reserve(node.children.size());
+    for (const NodePtr& arg : node.children) values.push_back(eval(*arg));
     const ExternalFunction* found = context_.findFunctionLowered(node.name);
     if (found == nullptr) raise(kOperatorMissing);
     const ExternalFunction& f = *found;

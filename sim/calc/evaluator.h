@@ -21,6 +21,7 @@
 //   parsed, and looked up again just before the call.
 #pragma once
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,9 +83,15 @@ private:
     int depth_;
     int precision_ = 16;
     static constexpr unsigned kInterruptCheckMask = 1023;
-    unsigned steps_ = 0;              // nodes evaluated, for the interrupt check
+    unsigned steps_ = 0;  // nodes evaluated, for the interrupt check
     int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
+    // The argument vector of each nesting level of plug-in calls, kept for the next call at that
+    // level so that a call's arguments need no allocation (a deque: deeper levels joining do not
+    // move the ones in use).
+    std::deque<std::vector<Value>> externalArguments_;
+    size_t externalLevel_ = 0;
+    class ExternalArguments;
 };
 
 }  // namespace sim::calc

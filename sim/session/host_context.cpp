@@ -139,12 +139,34 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
     return callFunctionTaking(f, std::vector<Value>(args), result);
 }
 
-// The argument vector and the result live on this frame: the plug-in only borrows them for the
-// call, so they need no allocation of their own.
+// This call level's argument vector, emptied when the call is done.
+class HostContext::CallParameters {
+public:
+    explicit CallParameters(HostContext& c) : c_(c) {
+        if (c.parameters_.size() == c.callLevel_) c.parameters_.emplace_back();
+        params_ = &c.parameters_[c.callLevel_++];
+    }
+    ~CallParameters() {
+        params_->items.clear();
+        --c_.callLevel_;
+    }
+    CallParameters(const CallParameters&) = delete;
+    CallParameters& operator=(const CallParameters&) = delete;
+
+    DataVectObj& params() { return *params_; }
+
+private:
+    HostContext& c_;
+    DataVectObj* params_;
+};
+
+// The plug-in only borrows the arguments and the result for the call: the result lives on this
+// frame, the arguments in this call level's kept vector.
 short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
                                       Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    DataVectObj params;
+    CallParameters parameters(*this);
+    DataVectObj& params = parameters.params();
     params.items.reserve(args.size());
     for (Value& v : args) params.items.emplace_back(std::move(v));
     DataObj out;
@@ -161,7 +183,7 @@ short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vect
         result = Value{};
         return kGenericCalcError;
     }
-    result = out.take();
+    result = std::move(out).release();
     const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
     host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
     return error;

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "sim/calc/context.h"
+#include "sim/core/objects.h"
 #include "sim/session/env.h"
 
 namespace sim {
@@ -87,6 +89,12 @@ private:
         bool operator()(std::u16string_view a, std::u16string_view b) const;
     };
     std::unordered_map<std::u16string, Found, NameHash, SameName> found_;
+    // The argument vector handed to plug-in functions at each nesting level of calls made
+    // through this context, kept for the next call at that level: a call allocates nothing
+    // for its arguments once the vector has grown to them.
+    std::deque<DataVectObj> parameters_;
+    size_t callLevel_ = 0;
+    class CallParameters;
 };
 
 }  // namespace sim
