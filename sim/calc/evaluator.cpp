@@ -32,14 +32,16 @@ private:
 thread_local int tCallerNesting = 0;
 
 // Publishes the nesting of a plug-in call for the evaluations the plug-in makes meanwhile.
+// The thread's slot is found once, for setting and restoring alike.
 class CallerNesting {
 public:
-    explicit CallerNesting(int depth) : saved_(tCallerNesting) { tCallerNesting = depth; }
-    ~CallerNesting() { tCallerNesting = saved_; }
+    explicit CallerNesting(int depth) : slot_(tCallerNesting), saved_(slot_) { slot_ = depth; }
+    ~CallerNesting() { slot_ = saved_; }
     CallerNesting(const CallerNesting&) = delete;
     CallerNesting& operator=(const CallerNesting&) = delete;
 
 private:
+    int& slot_;
     int saved_;
 };
 
@@ -65,8 +67,10 @@ private:
 class Evaluator::ExternalArguments {
 public:
     explicit ExternalArguments(Evaluator& e) : e_(e) {
-        if (e.externalArguments_.size() == e.externalLevel_) e.externalArguments_.emplace_back();
-        values_ = &e.externalArguments_[e.externalLevel_++];
+        if (e.externalArguments_.size() == e.externalLevel_) {
+            e.externalArguments_.push_back(std::make_unique<std::vector<Value>>());
+        }
+        values_ = e.externalArguments_[e.externalLevel_++].get();
     }
     ~ExternalArguments() {
         values_->clear();

@@ -21,7 +21,7 @@
 //   parsed, and looked up again just before the call.
 #pragma once
 
-#include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,9 +87,9 @@ private:
     int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
     // The argument vector of each nesting level of plug-in calls, kept for the next call at that
-    // level so that a call's arguments need no allocation (a deque: deeper levels joining do not
-    // move the ones in use).
-    std::deque<std::vector<Value>> externalArguments_;
+    // level so that a call's arguments need no allocation (each on its own: deeper levels joining
+    // do not move the ones in use).
+    std::vector<std::unique_ptr<std::vector<Value>>> externalArguments_;
     size_t externalLevel_ = 0;
     class ExternalArguments;
 };

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <mutex>
 
 #include "sim/core/encoding.h"
@@ -143,8 +144,10 @@ short HostContext::callFunction(const calc::ExternalFunction& f, const std::vect
 class HostContext::CallParameters {
 public:
     explicit CallParameters(HostContext& c) : c_(c) {
-        if (c.parameters_.size() == c.callLevel_) c.parameters_.emplace_back();
-        params_ = &c.parameters_[c.callLevel_++];
+        if (c.parameters_.size() == c.callLevel_) {
+            c.parameters_.push_back(std::make_unique<DataVectObj>());
+        }
+        params_ = c.parameters_[c.callLevel_++].get();
     }
     ~CallParameters() {
         params_->items.clear();
@@ -189,10 +192,9 @@ short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vect
     return error;
 }
 
+// The library's hash takes the units eight bytes at a time, where FNV-1a took them one by one.
 std::size_t HostContext::NameHash::operator()(std::u16string_view name) const {
-    uint64_t h = 0xCBF29CE484222325;  // FNV-1a over the units
-    for (const char16_t unit : name) h = (h ^ unit) * 0x100000001B3;
-    return static_cast<std::size_t>(h);
+    return std::hash<std::u16string_view>{}(name);
 }
 
 bool HostContext::SameName::operator()(std::u16string_view a, std::u16string_view b) const {

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "sim/calc/context.h"
 #include "sim/core/objects.h"
@@ -92,7 +92,7 @@ private:
     // The argument vector handed to plug-in functions at each nesting level of calls made
     // through this context, kept for the next call at that level: a call allocates nothing
     // for its arguments once the vector has grown to them.
-    std::deque<DataVectObj> parameters_;
+    std::vector<std::unique_ptr<DataVectObj>> parameters_;
     size_t callLevel_ = 0;
     class CallParameters;
 };
