@@ -31,6 +31,18 @@ private:
 
 thread_local int tCallerNesting = 0;
 
+// Keeps a plug-in call's argument list open in the context while the call is prepared and made.
+class OpenCall {
+public:
+    explicit OpenCall(Context& context) : context_(context) { context.openCall(); }
+    ~OpenCall() { context_.closeCall(); }
+    OpenCall(const OpenCall&) = delete;
+    OpenCall& operator=(const OpenCall&) = delete;
+
+private:
+    Context& context_;
+};
+
 // Publishes the nesting of a plug-in call for the evaluations the plug-in makes meanwhile.
 // The thread's slot is found once, for setting and restoring alike.
 class CallerNesting {
@@ -62,29 +74,6 @@ private:
 };
 
 }  // namespace
-
-// The argument vector of the plug-in call now being made, emptied when the call is done.
-class Evaluator::ExternalArguments {
-public:
-    explicit ExternalArguments(Evaluator& e) : e_(e) {
-        if (e.externalArguments_.size() == e.externalLevel_) {
-            e.externalArguments_.push_back(std::make_unique<std::vector<Value>>());
-        }
-        values_ = e.externalArguments_[e.externalLevel_++].get();
-    }
-    ~ExternalArguments() {
-        values_->clear();
-        --e_.externalLevel_;
-    }
-    ExternalArguments(const ExternalArguments&) = delete;
-    ExternalArguments& operator=(const ExternalArguments&) = delete;
-
-    std::vector<Value>& values() { return *values_; }
-
-private:
-    Evaluator& e_;
-    std::vector<Value>* values_;
-};
 
 int callerNesting() { return tCallerNesting; }
 
@@ -270,19 +259,17 @@ Value Evaluator::evalBuiltin(const Node& node) {
 
 // The function is looked up again at call time: the arguments may have re-registered it.
 Value Evaluator::evalExternal(const Node& node) {
-    ExternalArguments arguments(*this);
-    std::vector<Value>& values = arguments.values();
-    values.reserve(node.children.size());
-    for (const NodePtr& arg : node.children) values.push_back(eval(*arg));
+    const OpenCall call(context_);
+    for (const NodePtr& arg : node.children) context_.addArgument(eval(*arg));
     const ExternalFunction* found = context_.findFunctionLowered(node.name);
     if (found == nullptr) raise(kOperatorMissing);
     const ExternalFunction& f = *found;
-    const auto count = static_cast<long>(values.size());
+    const auto count = static_cast<long>(context_.openArgumentCount());
     if (count < f.minArgs) raise(kTooFewParameters);
     if (f.maxArgs >= 0 && count > f.maxArgs) raise(kTooManyParameters);
     Value result;
     const CallerNesting nesting(depth_);
-    const short error = context_.callFunctionTaking(f, std::move(values), result);
+    const short error = context_.callOpened(f, result);
     if (error != 0) raise(error);
     return result;
 }

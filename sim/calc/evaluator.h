@@ -21,7 +21,6 @@
 //   parsed, and looked up again just before the call.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,12 +85,6 @@ private:
     unsigned steps_ = 0;  // nodes evaluated, for the interrupt check
     int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
-    // The argument vector of each nesting level of plug-in calls, kept for the next call at that
-    // level so that a call's arguments need no allocation (each on its own: deeper levels joining
-    // do not move the ones in use).
-    std::vector<std::unique_ptr<std::vector<Value>>> externalArguments_;
-    size_t externalLevel_ = 0;
-    class ExternalArguments;
 };
 
 }  // namespace sim::calc

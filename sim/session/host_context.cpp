@@ -23,6 +23,18 @@ void noteEscape(const char* what) {
     gEscapes.last = what;
 }
 
+// Keeps a call's argument list open for the scope.
+class OpenCall {
+public:
+    explicit OpenCall(calc::Context& context) : context_(context) { context.openCall(); }
+    ~OpenCall() { context_.closeCall(); }
+    OpenCall(const OpenCall&) = delete;
+    OpenCall& operator=(const OpenCall&) = delete;
+
+private:
+    calc::Context& context_;
+};
+
 }  // namespace
 
 FunctionEscapes functionEscapes() {
@@ -137,41 +149,27 @@ const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_vi
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
-    return callFunctionTaking(f, std::vector<Value>(args), result);
+    const OpenCall call(*this);
+    for (const Value& v : args) openParameters().items.emplace_back(v);
+    return callOpened(f, result);
 }
 
-// This call level's argument vector, emptied when the call is done.
-class HostContext::CallParameters {
-public:
-    explicit CallParameters(HostContext& c) : c_(c) {
-        if (c.parameters_.size() == c.callLevel_) {
-            c.parameters_.push_back(std::make_unique<DataVectObj>());
-        }
-        params_ = c.parameters_[c.callLevel_++].get();
-    }
-    ~CallParameters() {
-        params_->items.clear();
-        --c_.callLevel_;
-    }
-    CallParameters(const CallParameters&) = delete;
-    CallParameters& operator=(const CallParameters&) = delete;
+void HostContext::openCall() {
+    if (parameters_.size() == openDepth_) parameters_.push_back(std::make_unique<DataVectObj>());
+    ++openDepth_;
+}
 
-    DataVectObj& params() { return *params_; }
+void HostContext::addArgument(Value&& v) { openParameters().items.emplace_back(std::move(v)); }
 
-private:
-    HostContext& c_;
-    DataVectObj* params_;
-};
+size_t HostContext::openArgumentCount() { return openParameters().items.size(); }
+
+void HostContext::closeCall() noexcept { parameters_[--openDepth_]->items.clear(); }
 
 // The plug-in only borrows the arguments and the result for the call: the result lives on this
-// frame, the arguments in this call level's kept vector.
-short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
-                                      Value& result) {
+// frame, the arguments in the open call's kept vector.
+short HostContext::callOpened(const calc::ExternalFunction& f, Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    CallParameters parameters(*this);
-    DataVectObj& params = parameters.params();
-    params.items.reserve(args.size());
-    for (Value& v : args) params.items.emplace_back(std::move(v));
+    DataVectObj& params = openParameters();
     DataObj out;
     short error = 0;
     try {
