@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <exception>
-#include <functional>
 #include <mutex>
 
 #include "sim/core/encoding.h"
@@ -190,9 +189,23 @@ short HostContext::callOpened(const calc::ExternalFunction& f, Value& result) {
     return error;
 }
 
-// The library's hash takes the units eight bytes at a time, where FNV-1a took them one by one.
+// FNV-1a over words of four units (the last one filled up with zeros), then the high half
+// folded into the low one: a function name is hashed on every call made through the context.
 std::size_t HostContext::NameHash::operator()(std::u16string_view name) const {
-    return std::hash<std::u16string_view>{}(name);
+    constexpr uint64_t kPrime = 0x100000001B3;
+    uint64_t h = 0xCBF29CE484222325 ^ name.size();
+    size_t i = 0;
+    for (; i + 4 <= name.size(); i += 4) {
+        uint64_t word;
+        std::memcpy(&word, name.data() + i, sizeof word);
+        h = (h ^ word) * kPrime;
+    }
+    if (i < name.size()) {
+        uint64_t rest = 0;
+        for (; i < name.size(); ++i) rest = (rest << 16) | name[i];
+        h = (h ^ rest) * kPrime;
+    }
+    return static_cast<std::size_t>(h ^ (h >> 32));
 }
 
 bool HostContext::SameName::operator()(std::u16string_view a, std::u16string_view b) const {
