@@ -95,6 +95,10 @@ public:
     std::shared_ptr<Database> database(std::u16string_view file) const;
     // What Get ( LastExternalErrorDetail ) shows in a file; ignored for a file not open.
     void setExternalErrorDetail(std::u16string_view file, std::u16string detail);
+    // The same with an empty detail; no call at all while no open file has a detail.
+    void clearExternalErrorDetail(std::u16string_view file) {
+        if (filesWithDetail_.load() != 0) setExternalErrorDetail(file, std::u16string());
+    }
     std::u16string externalErrorDetail(std::u16string_view file) const;
     // What Get ( ScriptResult ) shows in a file: the result of its last script run.
     void setScriptResult(std::u16string_view file, Value result);

@@ -184,8 +184,11 @@ short HostContext::callOpened(const calc::ExternalFunction& f, Value& result) {
         return kGenericCalcError;
     }
     result = std::move(out).release();
-    const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
-    host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
+    if (error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult) {
+        host_.setExternalErrorDetail(file_, result.asText().unitsCopy());
+    } else {
+        host_.clearExternalErrorDetail(file_);
+    }
     return error;
 }
 
