@@ -29,7 +29,9 @@ private:
     int& depth_;
 };
 
-thread_local int tCallerNesting = 0;
+// Initial-exec: the host's library is loaded with the program, so the slot is in the static
+// thread-local block and reached without a call, on each plug-in call twice.
+[[gnu::tls_model("initial-exec")]] thread_local int tCallerNesting = 0;
 
 // Keeps a plug-in call's argument list open in the context while the call is prepared and made.
 class OpenCall {
