@@ -178,29 +178,29 @@ void FMData2FMData(const fmx::Data& from, fmx::Data& to) {
     FMData2FMData(from, from.GetNativeType(), to);
 }
 
-void FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to) {
+fmx::int32 FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to) {
     switch (fromType) {
         case fmx::kDTText:
             to.SetAsText(from.GetAsText(), from.GetLocale(), fmx::kDTText);
-            break;
+            return fmx::kDTText;
         case fmx::kDTNumber:
         case fmx::kDTBoolean:
             to.SetAsNumber(from.GetAsNumber(), fmx::kDTNumber);
-            break;
+            return fmx::kDTNumber;
         case fmx::kDTDate:
             to.SetAsDate(from.GetAsDate(), fmx::kDTDate);
-            break;
+            return fmx::kDTDate;
         case fmx::kDTTime:
             to.SetAsTime(from.GetAsTime(), fmx::kDTTime);
-            break;
+            return fmx::kDTTime;
         case fmx::kDTTimeStamp:
             to.SetAsTimeStamp(from.GetAsTimeStamp(), fmx::kDTTimeStamp);
-            break;
+            return fmx::kDTTimeStamp;
         case fmx::kDTBinary:
             to.SetBinaryData(from.GetBinaryData(), true);
-            break;
+            return fmx::kDTBinary;
         default:
-            break;
+            return fmx::kDTInvalid;
     }
 }
 

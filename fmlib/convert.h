@@ -65,8 +65,9 @@ void SetResultText(fmx::Data& result, std::string_view text,
 // Copies a value keeping its type; a boolean is copied as a number. An invalid or unknown type
 // leaves the target unchanged.
 void FMData2FMData(const fmx::Data& from, fmx::Data& to);
-// The same with the source's native type already read.
-void FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to);
+// The same with the source's native type already read. Answers the type the target now has,
+// or fmx::kDTInvalid when nothing was copied (the target kept its own).
+fmx::int32 FMData2FMData(const fmx::Data& from, fmx::int32 fromType, fmx::Data& to);
 
 // Sets the value to `code` as a number.
 void FMErrCode2FMData(short code, fmx::Data& value);

@@ -79,7 +79,7 @@ void Dictionary::storeValueForKey(const fmx::Text& key, const fmx::Data& value) 
 void Dictionary::storeValueForKey(KeyView key, const fmx::Data& value, fmx::int32 valueType) {
     Lock lock(gRecursiveMutex);
     storeLocked(key, value, valueType);
-    eraseLocalKeyLocked(key);
+    if (!localKeys_.empty()) eraseLocalKeyLocked(key);
 }
 
 void Dictionary::storeValueForKey_(KeyView key, const fmx::Data& value) {

@@ -29,9 +29,9 @@ Type storedType(fmx::int32 nativeType, Type natural) {
 // has the type is stored as it is: converting it would make the same value again.
 void store(DataObj& d, Value v, fmx::int32 nativeType) {
     const Type type = storedType(nativeType, v.type());
-    Value out = type == v.type() ? std::move(v) : v.as(type);
-    out.setLocale(d.value().locale());
-    d.set(std::move(out));
+    if (type != v.type()) v = v.as(type);
+    v.setLocale(d.value().locale());
+    d.set(std::move(v));
 }
 
 DateTime timeOfDay(const DateTime& dt) {
@@ -163,8 +163,12 @@ fmx::errcode FM_Data_SetAsText(void* self, const fmx::Text& textData,
 
 void FM_Data_SetAsNumber(void* self, const fmx::FixPt& numericData, fmx::int32 nativeType,
                          _fmxcpt& x) noexcept {
-    guard(__func__, x,
-          [&] { store(abi::self<DataObj>(self), Value::number(arg(numericData)), nativeType); });
+    guard(__func__, x, [&] {
+        DataObj& d = abi::self<DataObj>(self);
+        const Number& n = arg(numericData);
+        if (storedType(nativeType, Type::Number) == Type::Number) return d.setNumber(n);
+        store(d, Value::number(n), nativeType);
+    });
 }
 
 void FM_Data_SetAsDate(void* self, const fmx::DateTime& dateData, fmx::int32 nativeType,

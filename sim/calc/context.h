@@ -2,6 +2,7 @@
 // the open files and their scripts, the clock, and the registered plug-in functions.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -95,11 +96,22 @@ public:
     // a calculation error by the host, never propagated).
     virtual short callFunction(const ExternalFunction& f, const std::vector<Value>& args,
                                Value& result) = 0;
-    // The same, for a caller that no longer needs the arguments: a host may move them.
-    virtual short callFunctionTaking(const ExternalFunction& f, std::vector<Value>&& args,
-                                     Value& result) {
-        return callFunction(f, args, result);
-    }
+    // A plug-in call in steps, so that a host can keep each argument where its function
+    // interface reads it as soon as it is computed: openCall starts a call's argument list (the
+    // calls made while its arguments are evaluated open their own, inside it), addArgument
+    // appends to the innermost open list, callOpened calls `f` with that list, and closeCall
+    // drops it, whether or not the call was made. This default keeps the lists itself and calls
+    // callFunction.
+    virtual void openCall();
+    virtual void addArgument(Value&& v);
+    virtual size_t openArgumentCount();
+    virtual short callOpened(const ExternalFunction& f, Value& result);
+    virtual void closeCall() noexcept;
+
+private:
+    // The lists of the calls open now, innermost last, each kept for the next call at its depth.
+    std::vector<std::unique_ptr<std::vector<Value>>> openCalls_;
+    size_t openDepth_ = 0;
 };
 
 struct Result {

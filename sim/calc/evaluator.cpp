@@ -29,17 +29,33 @@ private:
     int& depth_;
 };
 
-thread_local int tCallerNesting = 0;
+// Initial-exec: the host's library is loaded with the program, so the slot is in the static
+// thread-local block and reached without a call, on each plug-in call twice.
+[[gnu::tls_model("initial-exec")]] thread_local int tCallerNesting = 0;
+
+// Keeps a plug-in call's argument list open in the context while the call is prepared and made.
+class OpenCall {
+public:
+    explicit OpenCall(Context& context) : context_(context) { context.openCall(); }
+    ~OpenCall() { context_.closeCall(); }
+    OpenCall(const OpenCall&) = delete;
+    OpenCall& operator=(const OpenCall&) = delete;
+
+private:
+    Context& context_;
+};
 
 // Publishes the nesting of a plug-in call for the evaluations the plug-in makes meanwhile.
+// The thread's slot is found once, for setting and restoring alike.
 class CallerNesting {
 public:
-    explicit CallerNesting(int depth) : saved_(tCallerNesting) { tCallerNesting = depth; }
-    ~CallerNesting() { tCallerNesting = saved_; }
+    explicit CallerNesting(int depth) : slot_(tCallerNesting), saved_(slot_) { slot_ = depth; }
+    ~CallerNesting() { slot_ = saved_; }
     CallerNesting(const CallerNesting&) = delete;
     CallerNesting& operator=(const CallerNesting&) = delete;
 
 private:
+    int& slot_;
     int saved_;
 };
 
@@ -245,16 +261,17 @@ Value Evaluator::evalBuiltin(const Node& node) {
 
 // The function is looked up again at call time: the arguments may have re-registered it.
 Value Evaluator::evalExternal(const Node& node) {
-    std::vector<Value> values = evalArguments(node);
+    const OpenCall call(context_);
+    for (const NodePtr& arg : node.children) context_.addArgument(eval(*arg));
     const ExternalFunction* found = context_.findFunctionLowered(node.name);
     if (found == nullptr) raise(kOperatorMissing);
     const ExternalFunction& f = *found;
-    const auto count = static_cast<long>(values.size());
+    const auto count = static_cast<long>(context_.openArgumentCount());
     if (count < f.minArgs) raise(kTooFewParameters);
     if (f.maxArgs >= 0 && count > f.maxArgs) raise(kTooManyParameters);
     Value result;
     const CallerNesting nesting(depth_);
-    const short error = context_.callFunctionTaking(f, std::move(values), result);
+    const short error = context_.callOpened(f, result);
     if (error != 0) raise(error);
     return result;
 }

@@ -82,7 +82,7 @@ private:
     int depth_;
     int precision_ = 16;
     static constexpr unsigned kInterruptCheckMask = 1023;
-    unsigned steps_ = 0;              // nodes evaluated, for the interrupt check
+    unsigned steps_ = 0;  // nodes evaluated, for the interrupt check
     int whileLimit_ = kWhileLimit;
     std::vector<LetVariable> scope_;  // innermost last
 };

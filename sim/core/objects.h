@@ -49,10 +49,22 @@ public:
     DataObj& operator=(DataObj&&) noexcept = default;
 
     const Value& value() const { return value_; }
-    void set(Value v) {
-        value_ = std::move(v);
-        if (converted_) converted_->fresh = 0;
+    void set(const Value& v) {
+        value_ = v;
+        changed();
     }
+    void set(Value&& v) {
+        value_ = std::move(v);
+        changed();
+    }
+    // The same as set(Value::number(n)) with the value's own locale kept.
+    void setNumber(const Number& n) {
+        value_.setNumber(n);
+        changed();
+    }
+
+    // The value, for an object that is done with: moving it out costs one move.
+    Value&& release() && { return std::move(value_); }
 
     // Moves the value out, leaving the invalid value.
     Value take() {
@@ -72,6 +84,10 @@ public:
     const LocaleObj& locale() const;
 
 private:
+    void changed() {
+        if (converted_) converted_->fresh = 0;
+    }
+
     enum : unsigned { kNumber = 2, kDate = 4, kTime = 8, kTimestamp = 16, kLocale = 32 };
     struct Converted {
         Number number;

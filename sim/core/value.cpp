@@ -53,6 +53,20 @@ Value Value::number(Number n) {
     return v;
 }
 
+void Value::setNumber(const Number& n) {
+    if (Number* mine = std::get_if<Number>(&payload_)) {
+        *mine = n;
+    } else {
+        Number copy = n;  // made first: a failure leaves this value as it was
+        payload_.emplace<Number>(std::move(copy));
+    }
+    if (type_ == Type::Text || hasTextForm_) text_ = Text();
+    type_ = Type::Number;
+    sqlTextForm_ = false;
+    hasTextForm_ = false;
+    duration_ = false;
+}
+
 const Number& Value::numberValue() const {
     static const Number kEmpty = Number::none();
     const Number* n = std::get_if<Number>(&payload_);

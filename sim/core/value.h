@@ -104,6 +104,10 @@ public:
         hasTextForm_ = type_ != Type::Text;
     }
 
+    // Makes this the number `n`, keeping the locale: what assigning Value::number(n) with this
+    // value's locale gives, without building a value first (a number's digits reuse the room).
+    void setNumber(const Number& n);
+
 private:
     Value(Type type, Text&& text) : type_(type), text_(std::move(text)) {}
     const Text& makeTextForm();

@@ -7,7 +7,9 @@ namespace sim {
 
 namespace {
 
-thread_local const Env* tCallEnv = nullptr;
+// Initial-exec, as the calculation engine's nesting slot: set and restored around every plug-in
+// call without a call to find it.
+[[gnu::tls_model("initial-exec")]] thread_local const Env* tCallEnv = nullptr;
 
 // The live environments. Plug-ins make and delete them from any thread.
 struct LiveEnvs {

@@ -64,6 +64,7 @@ Host& Host::instance() {
 void Host::reset() {
     std::lock_guard lock(mutex_);
     files_.clear();
+    filesWithDetail_ = 0;
     current_.clear();
     nextFileId_ = 1;
     functions_.clear();
@@ -112,6 +113,7 @@ bool Host::closeFile(std::u16string_view name) {
                            [&](const auto& f) { return sameName(f->name, name); });
     if (it == files_.end()) return false;
     const bool wasCurrent = sameName((*it)->name, current_);
+    if (!(*it)->externalErrorDetail.empty()) --filesWithDetail_;
     files_.erase(it);
     if (wasCurrent) current_ = files_.empty() ? std::u16string() : files_.front()->name;
     return true;
@@ -195,8 +197,18 @@ Value Host::scriptResult(std::u16string_view file) const {
 }
 
 void Host::setExternalErrorDetail(std::u16string_view file, std::u16string detail) {
+    if (detail.empty() && filesWithDetail_.load() == 0) return;  // nothing to clear anywhere
     std::lock_guard lock(mutex_);
-    if (auto f = findFileLocked(file)) f->externalErrorDetail = std::move(detail);
+    const auto f = findFileLocked(file);
+    if (!f) return;
+    if (f->externalErrorDetail.empty() != detail.empty()) {
+        if (detail.empty()) {
+            --filesWithDetail_;
+        } else {
+            ++filesWithDetail_;
+        }
+    }
+    f->externalErrorDetail = std::move(detail);
 }
 
 std::u16string Host::externalErrorDetail(std::u16string_view file) const {

@@ -95,6 +95,10 @@ public:
     std::shared_ptr<Database> database(std::u16string_view file) const;
     // What Get ( LastExternalErrorDetail ) shows in a file; ignored for a file not open.
     void setExternalErrorDetail(std::u16string_view file, std::u16string detail);
+    // The same with an empty detail; no call at all while no open file has a detail.
+    void clearExternalErrorDetail(std::u16string_view file) {
+        if (filesWithDetail_.load() != 0) setExternalErrorDetail(file, std::u16string());
+    }
     std::u16string externalErrorDetail(std::u16string_view file) const;
     // What Get ( ScriptResult ) shows in a file: the result of its last script run.
     void setScriptResult(std::u16string_view file, Value result);
@@ -222,6 +226,9 @@ private:
     std::function<DateTime()> clock_;
     std::u16string applicationVersion_;
     std::atomic<bool> interrupt_{false};
+    // Open files whose externalErrorDetail is not empty, changed under mutex_: clearing the
+    // detail after each successful plug-in call needs no lock while no file has one.
+    std::atomic<size_t> filesWithDetail_{0};
 };
 
 // Local time now, in whole seconds, from the system clock.

@@ -22,6 +22,18 @@ void noteEscape(const char* what) {
     gEscapes.last = what;
 }
 
+// Keeps a call's argument list open for the scope.
+class OpenCall {
+public:
+    explicit OpenCall(calc::Context& context) : context_(context) { context.openCall(); }
+    ~OpenCall() { context_.closeCall(); }
+    OpenCall(const OpenCall&) = delete;
+    OpenCall& operator=(const OpenCall&) = delete;
+
+private:
+    calc::Context& context_;
+};
+
 }  // namespace
 
 FunctionEscapes functionEscapes() {
@@ -136,17 +148,27 @@ const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_vi
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
-    return callFunctionTaking(f, std::vector<Value>(args), result);
+    const OpenCall call(*this);
+    for (const Value& v : args) openParameters().items.emplace_back(v);
+    return callOpened(f, result);
 }
 
-// The argument vector and the result live on this frame: the plug-in only borrows them for the
-// call, so they need no allocation of their own.
-short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
-                                      Value& result) {
+void HostContext::openCall() {
+    if (parameters_.size() == openDepth_) parameters_.push_back(std::make_unique<DataVectObj>());
+    ++openDepth_;
+}
+
+void HostContext::addArgument(Value&& v) { openParameters().items.emplace_back(std::move(v)); }
+
+size_t HostContext::openArgumentCount() { return openParameters().items.size(); }
+
+void HostContext::closeCall() noexcept { parameters_[--openDepth_]->items.clear(); }
+
+// The plug-in only borrows the arguments and the result for the call: the result lives on this
+// frame, the arguments in the open call's kept vector.
+short HostContext::callOpened(const calc::ExternalFunction& f, Value& result) {
     if (f.function == nullptr) return kGenericCalcError;
-    DataVectObj params;
-    params.items.reserve(args.size());
-    for (Value& v : args) params.items.emplace_back(std::move(v));
+    DataVectObj& params = openParameters();
     DataObj out;
     short error = 0;
     try {
@@ -161,16 +183,32 @@ short HostContext::callFunctionTaking(const calc::ExternalFunction& f, std::vect
         result = Value{};
         return kGenericCalcError;
     }
-    result = out.take();
-    const bool detailed = error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult;
-    host_.setExternalErrorDetail(file_, detailed ? result.asText().unitsCopy() : std::u16string());
+    result = std::move(out).release();
+    if (error >= kFirstPluginErrorResult && error <= kLastPluginErrorResult) {
+        host_.setExternalErrorDetail(file_, result.asText().unitsCopy());
+    } else {
+        host_.clearExternalErrorDetail(file_);
+    }
     return error;
 }
 
+// FNV-1a over words of four units (the last one filled up with zeros), then the high half
+// folded into the low one: a function name is hashed on every call made through the context.
 std::size_t HostContext::NameHash::operator()(std::u16string_view name) const {
-    uint64_t h = 0xCBF29CE484222325;  // FNV-1a over the units
-    for (const char16_t unit : name) h = (h ^ unit) * 0x100000001B3;
-    return static_cast<std::size_t>(h);
+    constexpr uint64_t kPrime = 0x100000001B3;
+    uint64_t h = 0xCBF29CE484222325 ^ name.size();
+    size_t i = 0;
+    for (; i + 4 <= name.size(); i += 4) {
+        uint64_t word;
+        std::memcpy(&word, name.data() + i, sizeof word);
+        h = (h ^ word) * kPrime;
+    }
+    if (i < name.size()) {
+        uint64_t rest = 0;
+        for (; i < name.size(); ++i) rest = (rest << 16) | name[i];
+        h = (h ^ rest) * kPrime;
+    }
+    return static_cast<std::size_t>(h ^ (h >> 32));
 }
 
 bool HostContext::SameName::operator()(std::u16string_view a, std::u16string_view b) const {

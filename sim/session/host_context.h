@@ -6,8 +6,10 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "sim/calc/context.h"
+#include "sim/core/objects.h"
 #include "sim/session/env.h"
 
 namespace sim {
@@ -59,8 +61,12 @@ public:
     // kGenericCalcError with an invalid result.
     short callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                        Value& result) override;
-    short callFunctionTaking(const calc::ExternalFunction& f, std::vector<Value>&& args,
-                             Value& result) override;
+    // The arguments go straight into the host's argument vector of the call's depth.
+    void openCall() override;
+    void addArgument(Value&& v) override;
+    size_t openArgumentCount() override;
+    short callOpened(const calc::ExternalFunction& f, Value& result) override;
+    void closeCall() noexcept override;
 
 private:
     Variables* variablesFor(std::u16string_view name) const;
@@ -87,6 +93,13 @@ private:
         bool operator()(std::u16string_view a, std::u16string_view b) const;
     };
     std::unordered_map<std::u16string, Found, NameHash, SameName> found_;
+    DataVectObj& openParameters() { return *parameters_[openDepth_ - 1]; }
+
+    // The argument vectors handed to plug-in functions by the calls open now, innermost last,
+    // each kept for the next call at its depth: a call allocates nothing for its arguments
+    // once its vector has grown to them.
+    std::vector<std::unique_ptr<DataVectObj>> parameters_;
+    size_t openDepth_ = 0;
 };
 
 }  // namespace sim

@@ -198,6 +198,38 @@ TEST_F(FunctionsTest, PluginErrorResultsLeaveTheirTextAsExternalErrorDetail) {
     }
 }
 
+// Each file keeps its own detail: clearing one file's leaves the other's, also once a file with
+// a detail has been closed.
+TEST_F(FunctionsTest, EachFileKeepsItsOwnExternalErrorDetail) {
+    session.host().openFile(u"Other");
+    ASSERT_EQ(registerFunction(1, u"Fake_FailWith", 2, 2, failWith), 0);
+    const struct {
+        const char* call;
+        const char* file;
+        const char* demoDetail;
+        const char* otherDetail;
+    } steps[] = {
+        {"Fake_FailWith ( 1552 ; \"a\" )", "Other", "", "a"},
+        {"Fake_FailWith ( 0 ; \"\" )", "Demo", "", "a"},
+        {"Fake_FailWith ( 1552 ; \"b\" )", "Demo", "b", "a"},
+        {"Fake_FailWith ( 0 ; \"\" )", "Other", "b", ""},
+        {"Fake_FailWith ( 0 ; \"\" )", "Demo", "", ""},
+        {"Fake_FailWith ( 1552 ; \"c\" )", "Other", "", "c"},
+    };
+    for (const auto& s : steps) {
+        session.eval(s.call, s.file);
+        EXPECT_EQ(session.eval("Get ( LastExternalErrorDetail )", "Demo").text, s.demoDetail)
+            << s.call << " in " << s.file;
+        EXPECT_EQ(session.eval("Get ( LastExternalErrorDetail )", "Other").text, s.otherDetail)
+            << s.call << " in " << s.file;
+    }
+    session.host().closeFile(u"Other");
+    session.eval("Fake_FailWith ( 1552 ; \"d\" )");
+    EXPECT_EQ(session.eval("Get ( LastExternalErrorDetail )").text, "d");
+    session.eval("Fake_FailWith ( 0 ; \"\" )");
+    EXPECT_EQ(session.eval("Get ( LastExternalErrorDetail )").text, "");
+}
+
 TEST_F(FunctionsTest, NestedEvaluationSharesTheCallersVariablesAndFile) {
     session.host().openFile(u"Other");
     ASSERT_EQ(registerFunction(1, u"Fake_Eval", 1, 1, evaluateArg), 0);
