@@ -108,7 +108,11 @@ case "${1:-}" in
     # Every test again, built for aarch64 and run under emulation (about five minutes).
     test_arm
     build "$root/build-asan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=address,undefined
-    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 run_tests "$root/build-asan"
+    # intercept_tls_get_addr=0: this toolchain's leak checker can record a bogus range for a
+    # module's dynamic thread-local storage (the plug-in's, loaded by dlopen) and crash reading
+    # it at exit; without the interception that range is never recorded.
+    ASAN_OPTIONS=detect_leaks=1:intercept_tls_get_addr=0 UBSAN_OPTIONS=print_stacktrace=1 \
+      run_tests "$root/build-asan"
     build "$root/build-tsan" RelWithDebInfo -DRAVELIN_WERROR=ON -DRAVELIN_SANITIZE=thread
     TSAN_OPTIONS="halt_on_error=1 suppressions=$root/tools/tsan.supp" run_tests "$root/build-tsan"
     # Clang builds the plug-in and the host, checking the locks the code declares
