@@ -114,6 +114,18 @@ private:
     size_t openDepth_ = 0;
 };
 
+// Keeps a plug-in call's argument list open in `context` while the call is prepared and made.
+class OpenCall {
+public:
+    explicit OpenCall(Context& context) : context_(context) { context.openCall(); }
+    ~OpenCall() { context_.closeCall(); }
+    OpenCall(const OpenCall&) = delete;
+    OpenCall& operator=(const OpenCall&) = delete;
+
+private:
+    Context& context_;
+};
+
 struct Result {
     Value value;
     short error = 0;

@@ -33,18 +33,6 @@ private:
 // thread-local block and reached without a call, on each plug-in call twice.
 [[gnu::tls_model("initial-exec")]] thread_local int tCallerNesting = 0;
 
-// Keeps a plug-in call's argument list open in the context while the call is prepared and made.
-class OpenCall {
-public:
-    explicit OpenCall(Context& context) : context_(context) { context.openCall(); }
-    ~OpenCall() { context_.closeCall(); }
-    OpenCall(const OpenCall&) = delete;
-    OpenCall& operator=(const OpenCall&) = delete;
-
-private:
-    Context& context_;
-};
-
 // Publishes the nesting of a plug-in call for the evaluations the plug-in makes meanwhile.
 // The thread's slot is found once, for setting and restoring alike.
 class CallerNesting {

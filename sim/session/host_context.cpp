@@ -22,18 +22,6 @@ void noteEscape(const char* what) {
     gEscapes.last = what;
 }
 
-// Keeps a call's argument list open for the scope.
-class OpenCall {
-public:
-    explicit OpenCall(calc::Context& context) : context_(context) { context.openCall(); }
-    ~OpenCall() { context_.closeCall(); }
-    OpenCall(const OpenCall&) = delete;
-    OpenCall& operator=(const OpenCall&) = delete;
-
-private:
-    calc::Context& context_;
-};
-
 }  // namespace
 
 FunctionEscapes functionEscapes() {
@@ -148,7 +136,7 @@ const calc::ExternalFunction* HostContext::findFunctionLowered(std::u16string_vi
 
 short HostContext::callFunction(const calc::ExternalFunction& f, const std::vector<Value>& args,
                                 Value& result) {
-    const OpenCall call(*this);
+    const calc::OpenCall call(*this);
     for (const Value& v : args) openParameters().items.emplace_back(v);
     return callOpened(f, result);
 }
